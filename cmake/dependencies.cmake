@@ -1,0 +1,2 @@
+find_package(Eigen3 3.3 REQUIRED NO_MODULE)
+find_package(OpenCV REQUIRED COMPONENTS core imgproc imgcodecs calib3d)

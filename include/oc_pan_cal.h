@@ -1,0 +1,69 @@
+/* Offline calibration of multi-camera panorama rigs.
+ *
+ * A plain C interface, usable from C11 and C++. Each call runs its whole job on the
+ * caller's thread, prints progress and complaints on the standard output stream, writes
+ * its files and returns one of the codes below. Nothing survives a call but its files.
+ *
+ * Two calls must not run at once: they share the output stream and the folder ".\tmp\"
+ * under the working directory, which the caller provides (debug pictures go there; when
+ * it is missing they are left out).
+ *
+ * Paths may use "/" or backslashes. On POSIX systems each backslash becomes "/" where a
+ * file is opened, so a name that really holds a backslash can't be opened.
+ *
+ * The library also exports round(), declared by <math.h>, which rounds half away from
+ * zero as floor(x + 0.5) above zero and ceil(x - 0.5) otherwise. A program that links
+ * the C math library ahead of this one keeps the C library's round(); ours is reached
+ * with dlsym() or GetProcAddress().
+ */
+#ifndef OC_PAN_CAL_H
+#define OC_PAN_CAL_H
+
+#include <math.h>
+
+#if defined(_WIN32)
+#if defined(OCPAN_BUILDING_LIBRARY)
+#define OCPAN_API __declspec(dllexport)
+#else
+#define OCPAN_API __declspec(dllimport)
+#endif
+#else
+#define OCPAN_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What every function but round() returns. */
+enum ocpan_result {
+  OCPAN_FAILURE = -1,  /* internal failure, or a null buffer given to ocPAN_Version */
+  OCPAN_SUCCESS = 0,   /* the job is done and its files are written */
+  OCPAN_RESERVED = 1,  /* a configuration whose first incomplete camera lacks its width */
+  OCPAN_INPUT = 2,     /* an input can't be opened, or a picture is unusable */
+  OCPAN_OUTPUT = 3,    /* an output can't be opened or written */
+  OCPAN_MALFORMED = 4, /* the content of an input is malformed or incomplete */
+  OCPAN_MEMORY = 5,    /* out of memory */
+  OCPAN_INVALID = 6    /* an argument or a value is out of range */
+};
+
+/* The measures of a calibration. */
+typedef struct qa_summary {
+  double max_reprojection_error;     /* pixels, the worst used corner */
+  double average_reprojection_error; /* pixels, mean over the used corners */
+  double matched_point_count;        /* corners used, an integer */
+  double total_dist_ratio;           /* depth cover of all boards, larger is better */
+  double minimum_dist_ratio;         /* the smallest such ratio of a set */
+} qa_summary;
+
+/* Writes the version, "V1.5.2", into buffer.
+ *
+ *   buffer   at least 128 bytes; null gives OCPAN_FAILURE
+ */
+OCPAN_API int ocPAN_Version(char* buffer);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,52 @@
+#include "platform/text_file.h"
+
+#include <filesystem>
+#include <locale>
+#include <system_error>
+
+#include "platform/native_path.h"
+
+namespace ocpan {
+
+std::ifstream open_input(std::string_view path, std::ios::openmode mode) {
+  const std::string native = native_path(path);
+  std::ifstream in;
+  in.imbue(std::locale::classic());
+  std::error_code ignored;
+  if (std::filesystem::is_directory(native, ignored)) {
+    in.setstate(std::ios::failbit);
+  } else {
+    in.open(native, mode | std::ios::in);
+  }
+  return in;
+}
+
+std::ofstream open_output(std::string_view path, std::ios::openmode mode) {
+  std::ofstream out;
+  out.imbue(std::locale::classic());
+  out.open(native_path(path), mode | std::ios::out | std::ios::trunc);
+  return out;
+}
+
+bool read_text_line(std::istream& in, std::string& line) {
+  if (!std::getline(in, line)) return false;
+  const bool ended_by_newline = !in.eof();
+  if (ended_by_newline && !line.empty() && line.back() == '\r') line.pop_back();
+  return true;
+}
+
+bool finish_output(std::ofstream& out, std::string_view path) {
+  out.flush();
+  const bool written = out.good();
+  out.close();
+  if (!written) {
+    const std::string native = native_path(path);
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(native, ignored)) {
+      std::filesystem::remove(native, ignored);
+    }
+  }
+  return written;
+}
+
+}  // namespace ocpan
