@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "calfiles/pt_cal.h"
 #include "calfiles/selen360_cal_file.h"
 #include "src/console.h"
 #include "src/result_codes.h"
@@ -14,7 +15,7 @@ constexpr std::uint64_t most_cameras = 8;
 // Null if there is no memory for it.
 cal* new_cal(bool use_file_class, float sphere_radius) {
   if (use_file_class) return new (std::nothrow) selen360_cal_file(sphere_radius);
-  return nullptr;
+  return new (std::nothrow) pt_cal;
 }
 
 }  // namespace
