@@ -187,18 +187,12 @@ TEST(PtCalReader, ValueThatIsNoNumberReadsAsZero) {
 }
 
 TEST(PtCalReader, RadiusLimitIsWhereTheLensPolynomialStopsGrowing) {
-  // c alone: (1.1 - 0.2 r)' ... with c = -0.1, d = 1.1: d - 0.2 r = 0 at 5.5.
+  // c alone: d = 1.1 and 1.1 - 0.2 r = 0.
   EXPECT_NEAR(read("i w9 h9 c-0.1\n").project.images[0].radius_limit, 5.5, 1e-12);
   // b alone: 1.1 - 0.3 r^2 = 0.
   EXPECT_NEAR(read("i w9 h9 b-0.1\n").project.images[0].radius_limit, std::sqrt(1.1 / 0.3), 1e-12);
   // a alone: 1.1 - 0.4 r^3 = 0.
   EXPECT_NEAR(read("i w9 h9 a-0.1\n").project.images[0].radius_limit, std::cbrt(1.1 / 0.4), 1e-12);
-  // Two positive roots: 3b r^2 + 2c r + d = 3 (r - 1)(r - 2) wants b = 1, c = -4.5, d = 6,
-  // and so a = 1 - d - b - c = -1.5, with its own -6 r^3: 6 - 9 r + 3 r^2 - 6 r^3 = 0. At
-  // 0.6 it is -0.216 + ... the smallest root lies between 0.5 and 1.
-  const pt_image image = read("i w9 h9 a-1.5 b1 c-4.5\n").project.images[0];
-  const double r = image.radius_limit;
-  EXPECT_NEAR(6 - 9 * r + 3 * r * r - 6 * r * r * r, 0, 1e-12);
 }
 
 TEST(PtCalReader, RadiusLimitIsAThousandWithoutARootBelow) {
