@@ -1,0 +1,128 @@
+#include "calibration/chessboard_detection.h"
+
+#include <algorithm>
+
+#include <opencv2/calib3d.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "calibration/read_image.h"
+#include "platform/native_path.h"
+#include "src/console.h"
+#include "src/result_codes.h"
+
+namespace ocpan {
+namespace {
+
+constexpr int finder_flags = cv::CALIB_CB_ADAPTIVE_THRESH | cv::CALIB_CB_NORMALIZE_IMAGE;
+constexpr int refinement_half_window = 3;  // pixels
+constexpr int refinement_iterations = 1000;
+constexpr double refinement_epsilon = 0.001;  // pixels
+
+// The inner corners to a fraction of a pixel. False if the board isn't found, or if OpenCV
+// throws on the picture.
+bool find_corners(std::vector<cv::Point2f>& corners, const cv::Mat& grey, cv::Size board) {
+  try {
+    if (!cv::findChessboardCorners(grey, board, corners, finder_flags)) return false;
+    cv::cornerSubPix(grey, corners, cv::Size(refinement_half_window, refinement_half_window),
+                     cv::Size(-1, -1),
+                     cv::TermCriteria(cv::TermCriteria::COUNT | cv::TermCriteria::EPS,
+                                      refinement_iterations, refinement_epsilon));
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+// Draws the corners into the picture, in colour if the board was found, and writes it. A
+// picture that can't be written is no loss.
+void write_debug_picture(const std::string& name, cv::Mat grey, cv::Size board,
+                         const std::vector<cv::Point2f>& corners, bool found) {
+  try {
+    cv::Mat picture = grey;
+    if (found) cv::cvtColor(grey, picture, cv::COLOR_GRAY2BGR);
+    cv::drawChessboardCorners(picture, board, corners, found);
+    static_cast<void>(cv::imwrite(native_path(name), picture));
+  } catch (...) {
+    // Not written, then.
+  }
+}
+
+Eigen::Matrix2Xd corner_matrix(const std::vector<cv::Point2f>& corners) {
+  Eigen::Matrix2Xd matrix(2, static_cast<Eigen::Index>(corners.size()));
+  for (Eigen::Index k = 0; k < matrix.cols(); ++k) {
+    const cv::Point2f& corner = corners[static_cast<std::size_t>(k)];
+    matrix.col(k) << corner.x, corner.y;
+  }
+  return matrix;
+}
+
+// The board in a picture, and the debug picture and line that go with it.
+board_view detect_board(const cv::Mat& grey, const cal_frame_set& set, std::size_t position,
+                        std::size_t frame) {
+  const cv::Size board(set.board_width, set.board_height);
+  const std::string name = frame_picture_name(set.name, position, frame);
+  std::vector<cv::Point2f> corners;
+  board_view view;
+  view.found = find_corners(corners, grey, board);
+  if (view.found) view.corners = corner_matrix(corners);
+  if (!view.found) {
+    write_debug_picture(name, grey, board, corners, false);
+    print_line("detect ", name, " chessboard failed");
+  } else if (set.save_frames) {
+    write_debug_picture(name, grey, board, corners, true);
+    print_line("detect ", name, " chessboard successfully ");
+  }
+  return view;
+}
+
+frame_views detect_frame(cal_frame_set& set, std::size_t frame) {
+  frame_views views;
+  for (std::size_t position = 0; position < set.set_cameras.size(); ++position) {
+    const set_camera& camera = set.set_cameras[position];
+    if (camera.files.empty()) {
+      print_line("No files in set");
+      break;
+    }
+    if (camera.files.size() <= frame + 1) set.ran_out = true;
+    const camera_details& details = set.details[set.camera_indices[position]];
+    cv::Mat grey;
+    if (read_image(grey, camera.files[frame], camera.file_type, details.width, details.height) !=
+        code::success) {
+      break;
+    }
+    views.push_back(detect_board(grey, set, position, frame));
+  }
+  return views;
+}
+
+// As many frames as the camera with the fewest files has.
+std::size_t frame_count(const cal_frame_set& set) {
+  const auto fewest = std::min_element(
+      set.set_cameras.begin(), set.set_cameras.end(),
+      [](const set_camera& a, const set_camera& b) { return a.files.size() < b.files.size(); });
+  return fewest == set.set_cameras.end() ? 0 : fewest->files.size();
+}
+
+}  // namespace
+
+std::string frame_picture_name(const std::string& set_name, std::size_t camera_position,
+                               std::size_t frame) {
+  return ".\\tmp\\" + set_name + "_vid_" + std::to_string(camera_position) + "_" +
+         std::to_string(frame) + ".jpg";
+}
+
+std::vector<std::vector<frame_views>> detect_boards(std::vector<cal_frame_set>& sets) {
+  std::vector<std::vector<frame_views>> views;
+  for (cal_frame_set& set : sets) {
+    const std::size_t frames = frame_count(set);
+    print_line("This cal_frame_set_number: ", frames);
+    std::vector<frame_views>& set_views = views.emplace_back();
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+      set_views.push_back(detect_frame(set, frame));
+    }
+  }
+  return views;
+}
+
+}  // namespace ocpan
