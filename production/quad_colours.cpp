@@ -1,0 +1,149 @@
+#include "production/quad_colours.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+#include <Eigen/Core>
+#include <opencv2/imgproc.hpp>
+
+#include "production/pixel_range.h"
+
+namespace ocpan {
+namespace {
+
+constexpr double most_deviation = 32.0;      // grey values, of an even quad
+constexpr double confidence = 1.96;          // deviations, 95 % of a normal distribution
+constexpr double default_threshold = 128.0;  // grey values
+
+double cross(const Eigen::Vector2d& a, const Eigen::Vector2d& b) {
+  return a.x() * b.y() - a.y() * b.x();
+}
+
+// Whether a point lies in a triangle or on its rim, by its barycentric coordinates. Nothing
+// lies in a triangle without area.
+struct triangle {
+  triangle(const Eigen::Vector2d& a, const Eigen::Vector2d& b, const Eigen::Vector2d& c)
+      : corner(a), to_b(b - a), to_c(c - a), area(cross(to_b, to_c)) {}
+  bool contains(const Eigen::Vector2d& p) const {
+    const Eigen::Vector2d offset = p - corner;
+    const double u = cross(offset, to_c) / area;
+    const double v = cross(to_b, offset) / area;
+    return u >= 0 && v >= 0 && u + v <= 1;
+  }
+  Eigen::Vector2d corner, to_b, to_c;
+  double area;
+};
+
+quad_stats stats_inside(const cv::Mat1d& picture, const std::array<Eigen::Vector2d, 4>& corners) {
+  const auto& [a, b, c, d] = corners;
+  const Eigen::Vector2d low = a.cwiseMin(b).cwiseMin(c).cwiseMin(d);
+  const Eigen::Vector2d high = a.cwiseMax(b).cwiseMax(c).cwiseMax(d);
+  const triangle first(a, b, c);
+  const triangle second(a, c, d);
+  double count = 0;
+  double sum = 0;
+  double squares = 0;
+  for (int y = pixel_bound(low.y(), picture.rows); y < pixel_bound(high.y() + 1, picture.rows);
+       ++y) {
+    for (int x = pixel_bound(low.x(), picture.cols); x < pixel_bound(high.x() + 1, picture.cols);
+         ++x) {
+      const Eigen::Vector2d p(x, y);
+      if (!first.contains(p) && !second.contains(p)) continue;
+      const double value = picture(y, x);
+      count += 1;
+      sum += value;
+      squares += value * value;
+    }
+  }
+  const double mean = sum / count;
+  return {mean, std::sqrt(squares / count - mean * mean)};
+}
+
+// The quads that share a corner with quad q, itself among them, each once.
+class quad_neighbours {
+ public:
+  explicit quad_neighbours(const std::vector<prod_quad>& quads) : quads_(quads) {
+    std::int32_t last = -1;
+    for (const prod_quad& quad : quads)
+      last = std::max(last, *std::max_element(quad.begin(), quad.end()));
+    at_corner_.resize(static_cast<std::size_t>(last + 1));
+    for (std::size_t q = 0; q < quads.size(); ++q) {
+      for (const std::int32_t corner : quads[q])
+        at_corner_[static_cast<std::size_t>(corner)].push_back(q);
+    }
+  }
+  std::vector<std::size_t> of(std::size_t q) const {
+    std::vector<std::size_t> found;
+    for (const std::int32_t corner : quads_[q]) {
+      const auto& sharing = at_corner_[static_cast<std::size_t>(corner)];
+      found.insert(found.end(), sharing.begin(), sharing.end());
+    }
+    std::sort(found.begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return found;
+  }
+
+ private:
+  const std::vector<prod_quad>& quads_;
+  std::vector<std::vector<std::size_t>> at_corner_;  // quads, by corner
+};
+
+double threshold_among(const std::vector<std::size_t>& neighbours,
+                       const std::vector<quad_stats>& stats) {
+  int count = 0;
+  double largest_deviation = -1.0;
+  double largest_mean = 0.0;
+  double smallest_mean = 256.0;
+  for (const std::size_t n : neighbours) {
+    if (!(stats[n].deviation < most_deviation)) continue;
+    ++count;
+    largest_deviation = std::max(largest_deviation, stats[n].deviation);
+    largest_mean = std::max(largest_mean, stats[n].mean);
+    smallest_mean = std::min(smallest_mean, stats[n].mean);
+  }
+  const bool alike = count < 2 || largest_mean <= largest_deviation * confidence + smallest_mean;
+  return alike ? default_threshold : (smallest_mean + largest_mean) / 2;
+}
+
+}  // namespace
+
+std::vector<quad_stats> quad_intensity_stats(const cv::Mat& picture,
+                                             const std::vector<prod_quad>& quads,
+                                             const std::vector<prod_corner>& corners) {
+  cv::Mat blurred;
+  cv::GaussianBlur(picture, blurred, cv::Size(5, 5), 1.0, 1.0, cv::BORDER_REFLECT_101);
+  cv::Mat1d grey;
+  blurred.convertTo(grey, CV_64F);
+  std::vector<quad_stats> stats;
+  stats.reserve(quads.size());
+  for (const prod_quad& quad : quads) {
+    std::array<Eigen::Vector2d, 4> positions;
+    for (std::size_t k = 0; k < quad.size(); ++k) {
+      const prod_corner& corner = corners[static_cast<std::size_t>(quad[k])];
+      positions[k] = {corner.x, corner.y};
+    }
+    stats.push_back(stats_inside(grey, positions));
+  }
+  return stats;
+}
+
+quad_lists classify_quads(const std::vector<prod_quad>& quads,
+                          const std::vector<quad_stats>& stats) {
+  const quad_neighbours neighbours(quads);
+  quad_lists lists;
+  for (std::size_t q = 0; q < quads.size(); ++q) {
+    const auto [mean, deviation] = stats[q];
+    if (deviation > most_deviation) continue;
+    const double threshold = threshold_among(neighbours.of(q), stats);
+    if (threshold < mean - confidence * deviation) {
+      lists.white.push_back(quads[q]);
+    } else if (threshold > mean + confidence * deviation) {
+      lists.black.push_back(quads[q]);
+    }
+  }
+  return lists;
+}
+
+}  // namespace ocpan
