@@ -23,8 +23,8 @@ std::array<Eigen::Matrix3d, 3> rotation_derivatives(const Eigen::Vector3d& v);
 
 // The rotation vector of a rotation matrix. At a half turn the axis comes from the
 // diagonal and its signs from the first column, so a half turn about y or z, where these
-// are 0, comes back as the zero vector or loses a sign; calibrations depend on it. A trace
-// that rounding carries above 3 gives not-a-number.
+// are 0, comes back as the zero vector; calibrations depend on it. A trace that rounding
+// carries above 3 has no angle and counts as a short turn.
 Eigen::Vector3d vector_from_rotation(const Eigen::Matrix3d& r);
 
 }  // namespace ocpan

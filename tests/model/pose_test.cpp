@@ -1,0 +1,111 @@
+#include "model/pose.h"
+
+#include <cmath>
+#include <random>
+
+#include <Eigen/Geometry>
+#include <gtest/gtest.h>
+
+#include "model/parameters.h"
+
+namespace ocpan {
+namespace {
+
+using Eigen::Matrix3d;
+using Eigen::Vector3d;
+
+TEST(RotationFromVector, OfZeroIsTheIdentity) {
+  EXPECT_EQ(rotation_from_vector(Vector3d::Zero()), Matrix3d::Identity());
+}
+
+TEST(RotationFromVector, TurnsAboutTheVectorByItsLength) {
+  const Vector3d v(0.3, -1.2, 0.8);
+  const Matrix3d expected = Eigen::AngleAxisd(v.norm(), v.normalized()).toRotationMatrix();
+  EXPECT_LT((rotation_from_vector(v) - expected).norm(), 1e-14);
+}
+
+TEST(RotationFromVector, TakesTheSeriesBelowItsThreshold) {
+  // The second order term 0.5 K^2 of a vector of length 1e-9 is the identity's last bit away.
+  const Vector3d v(0, 0, 1e-9);
+  const Matrix3d r = rotation_from_vector(v);
+  EXPECT_EQ(r(1, 0), 1e-9);
+  EXPECT_EQ(r(0, 1), -1e-9);
+  EXPECT_EQ(r(0, 0), 1 - 0.5e-18);
+}
+
+TEST(RotationDerivatives, AreThoseOfFiniteDifferencesColumnByColumn) {
+  std::mt19937 random(1);
+  std::uniform_real_distribution<double> component(-2, 2);
+  int checks = 0;
+  for (int n = 0; n < 50; ++n) {
+    const Vector3d v(component(random), component(random), component(random));
+    const auto derivatives = rotation_derivatives(v);
+    for (int k = 0; k < 3; ++k) {
+      const double h = 1e-5;
+      const Vector3d step = h * Vector3d::Unit(k);
+      const Matrix3d difference =
+          (rotation_from_vector(v + step) - rotation_from_vector(v - step)) / (2 * h);
+      EXPECT_LT((derivatives[static_cast<std::size_t>(k)] - difference).norm(), 1e-8);
+      ++checks;
+    }
+  }
+  EXPECT_EQ(checks, 150);
+}
+
+TEST(RotationDerivatives, AtZeroAreTheGenerators) {
+  const auto derivatives = rotation_derivatives(Vector3d::Zero());
+  EXPECT_EQ(derivatives[0](2, 1), 1);
+  EXPECT_EQ(derivatives[0](1, 2), -1);
+  EXPECT_EQ(derivatives[1](0, 2), 1);
+  EXPECT_EQ(derivatives[2](1, 0), 1);
+  for (const Matrix3d& d : derivatives) EXPECT_EQ(d.cwiseAbs().sum(), 2);
+}
+
+TEST(VectorFromRotation, OfTheIdentityIsZero) {
+  EXPECT_EQ(vector_from_rotation(Matrix3d::Identity()), Vector3d::Zero());
+}
+
+TEST(VectorFromRotation, InvertsRotationFromVectorBelowAHalfTurn) {
+  std::mt19937 random(2);
+  std::normal_distribution<double> component;
+  int checks = 0;
+  for (int n = 0; n < 200; ++n) {
+    Vector3d v(component(random), component(random), component(random));
+    if (v.norm() > 3.1) v *= 3.1 / v.norm();
+    EXPECT_LT((vector_from_rotation(rotation_from_vector(v)) - v).norm(), 1e-9) << v.transpose();
+    ++checks;
+  }
+  EXPECT_EQ(checks, 200);
+}
+
+TEST(VectorFromRotation, OfAHalfTurnAboutXIsPiAboutX) {
+  const Matrix3d half_turn = Vector3d(1, -1, -1).asDiagonal();
+  EXPECT_EQ(vector_from_rotation(half_turn), Vector3d(pi, 0, 0));
+}
+
+TEST(VectorFromRotation, LosesAHalfTurnAboutYorZ) {
+  EXPECT_EQ(vector_from_rotation(Vector3d(-1, 1, -1).asDiagonal().toDenseMatrix()),
+            Vector3d::Zero());
+  EXPECT_EQ(vector_from_rotation(Vector3d(-1, -1, 1).asDiagonal().toDenseMatrix()),
+            Vector3d::Zero());
+}
+
+TEST(VectorFromRotation, OfAHalfTurnTakesItsSignsFromTheFirstColumn) {
+  const double root = std::sqrt(0.5);
+  const Vector3d axis(0.5, -0.5, root);
+  Matrix3d half_turn;             // 2 a a^T - I, with a trace of exactly -1
+  half_turn << -0.5, -0.5, root,  //
+      -0.5, -0.5, -root,          //
+      root, -root, 0;
+  EXPECT_LT((vector_from_rotation(half_turn) - pi * axis).norm(), 1e-7);
+}
+
+TEST(VectorFromRotation, TakesATraceAboveThreeForAShortTurn) {
+  Matrix3d r = Matrix3d::Identity() * 1.001;
+  r(2, 1) = 0.004;
+  r(1, 2) = -0.002;
+  EXPECT_LT((vector_from_rotation(r) - Vector3d(0.003, 0, 0)).norm(), 1e-18);
+}
+
+}  // namespace
+}  // namespace ocpan
