@@ -56,6 +56,24 @@ typedef struct qa_summary {
   double minimum_dist_ratio;         /* the smallest such ratio of a set */
 } qa_summary;
 
+/* Calibrates a rig from series of chessboard pictures.
+ *
+ *   config_file   a text file that names the pictures, the cameras, the boards and the
+ *                 output; docs/configuration.md tells its form
+ *   summary       receives the measures, also after a failed run (zeros then, as a rule);
+ *                 null: nothing is copied
+ *
+ * Writes the calibration file under the configuration's output_filename, beside it the
+ * reports "<output>_distance.csv" and "<output>_QA_Measures.txt", and a debug picture of
+ * each board under ".\tmp\" if that folder exists. A frame without a board is no failure.
+ *
+ * Returns OCPAN_INVALID if config_file is null or the configuration holds fewer than 2 or
+ * more than 8 cameras (also when it can't be opened), OCPAN_MALFORMED, OCPAN_INPUT or
+ * OCPAN_RESERVED for what is wrong in it, OCPAN_OUTPUT if the calibration file can't be
+ * written; the printed lines say why. Reports that can't be written fail nothing.
+ */
+OCPAN_API int ocPAN_Cal(const char* config_file, qa_summary* summary);
+
 /* Writes the version, "V1.5.2", into buffer.
  *
  *   buffer   at least 128 bytes; null gives OCPAN_FAILURE

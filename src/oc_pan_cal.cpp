@@ -2,7 +2,17 @@
 
 #include <cstdio>
 
+#include "src/calibrate.h"
+#include "src/guard.h"
+#include "src/result_codes.h"
 #include "src/round_half_away.h"
+
+using namespace ocpan;
+
+int ocPAN_Cal(const char* config_file, qa_summary* summary) {
+  if (!config_file) return OCPAN_INVALID;
+  return guarded([&] { return map_result(calibrate(config_file, summary)); });
+}
 
 int ocPAN_Version(char* buffer) {
   if (!buffer) return OCPAN_FAILURE;
@@ -11,4 +21,4 @@ int ocPAN_Version(char* buffer) {
 }
 
 // Declared by <math.h>; exported under its plain name.
-extern "C" OCPAN_API double round(double x) noexcept { return ocpan::round_half_away(x); }
+extern "C" OCPAN_API double round(double x) noexcept { return round_half_away(x); }
