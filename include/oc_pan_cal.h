@@ -73,6 +73,34 @@ typedef struct qa_summary {
  * written; the printed lines say why. Reports that can't be written fail nothing.
  */
 OCPAN_API int ocPAN_Cal(const char* config_file, qa_summary* summary);
+/* Makes the lookup table of every camera for the stitching device: for each direction of a
+ * cube around the rig the position in the camera's picture and the camera's weight there.
+ * Prints nothing unless it fails. Stops at the first camera that fails; the files of those
+ * before it stand.
+ *
+ *   cal_file_name    the calibration
+ *   mask_prefix      the masks are mask_prefix_0.png, mask_prefix_1.png ... of the cameras'
+ *                    sizes; pixels above 128 are the camera's region
+ *   output_prefix    the tables are output_prefix_0.bin ..., 4194304 bytes each
+ *   sphere_radius    how far the panorama's content is taken to be, in units of 1000 units
+ *                    of the calibration; at least 0.5 where use_file_class is 1
+ *   small_face       nonzero: 129 samples across a cube face, otherwise 253
+ *   use_file_class   nonzero: the calibration is a file of ocPAN_Cal, otherwise a
+ *                    panorama project file, to which the radius is nothing
+ */
+OCPAN_API int ocPAN_LutFromCalibration(const char* cal_file_name, const char* mask_prefix,
+                                       const char* output_prefix, float sphere_radius,
+                                       int small_face, int use_file_class);
+
+/* Makes the polygon of every camera for the stitching device: 128 directions around all that
+ * its mask covers, a little enlarged. As ocPAN_LutFromCalibration, but for:
+ *
+ *   mask_prefix      all pixels above 0 count; a mask without one gives OCPAN_MALFORMED
+ *   output_prefix    the polygons are output_prefix_0.bin ..., 1536 bytes each
+ */
+OCPAN_API int ocPAN_PolyFromCalibration(const char* cal_file_name, const char* mask_prefix,
+                                        const char* output_prefix, float sphere_radius,
+                                        int use_file_class);
 
 /* Writes the version, "V1.5.2", into buffer.
  *

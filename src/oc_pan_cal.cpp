@@ -6,12 +6,36 @@
 #include "src/guard.h"
 #include "src/result_codes.h"
 #include "src/round_half_away.h"
+#include "tables/lookup_tables.h"
+#include "tables/polygons.h"
 
 using namespace ocpan;
 
 int ocPAN_Cal(const char* config_file, qa_summary* summary) {
   if (!config_file) return OCPAN_INVALID;
   return guarded([&] { return map_result(calibrate(config_file, summary)); });
+}
+
+int ocPAN_LutFromCalibration(const char* cal_file_name, const char* mask_prefix,
+                             const char* output_prefix, float sphere_radius, int small_face,
+                             int use_file_class) {
+  if (!cal_file_name || !mask_prefix || !output_prefix) return OCPAN_INVALID;
+  if (use_file_class == 1 && 0.5 > sphere_radius) return OCPAN_INVALID;  // so that NaN passes
+  const int face_size = small_face ? 129 : 253;
+  return guarded([&] {
+    return map_result(generate_lookup_tables(cal_file_name, mask_prefix, output_prefix,
+                                             sphere_radius, face_size, use_file_class != 0));
+  });
+}
+
+int ocPAN_PolyFromCalibration(const char* cal_file_name, const char* mask_prefix,
+                              const char* output_prefix, float sphere_radius, int use_file_class) {
+  if (!cal_file_name || !mask_prefix || !output_prefix) return OCPAN_INVALID;
+  if (use_file_class == 1 && 0.5 > sphere_radius) return OCPAN_INVALID;  // so that NaN passes
+  return guarded([&] {
+    return map_result(generate_polygons(cal_file_name, mask_prefix, output_prefix, sphere_radius,
+                                        use_file_class != 0));
+  });
 }
 
 int ocPAN_Version(char* buffer) {
