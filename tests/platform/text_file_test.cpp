@@ -1,0 +1,146 @@
+#include "platform/text_file.h"
+
+#include <locale>
+#include <sstream>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/temp_folder.h"
+
+namespace ocpan {
+namespace {
+
+using testing::read_file;
+using testing::temp_folder;
+using testing::working_folder;
+using testing::write_file;
+using strings = std::vector<std::string>;
+
+strings lines_of(const std::string& text) {
+  std::istringstream in(text);
+  strings lines;
+  std::string line;
+  while (read_text_line(in, line)) lines.push_back(line);
+  return lines;
+}
+
+// A process-wide locale with a decimal comma while the object lives.
+class comma_locale {
+ public:
+  comma_locale() : before_(std::locale::global(std::locale(std::locale::classic(), new comma))) {}
+  ~comma_locale() { std::locale::global(before_); }
+  comma_locale(const comma_locale&) = delete;
+  comma_locale& operator=(const comma_locale&) = delete;
+
+ private:
+  struct comma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+  };
+  std::locale before_;
+};
+
+TEST(ReadTextLine, DropsACarriageReturnAheadOfTheNewline) {
+  EXPECT_EQ(lines_of("a\r\nb\n\r\n"), (strings{"a", "b", ""}));
+}
+
+TEST(ReadTextLine, DropsOneCarriageReturnOnly) { EXPECT_EQ(lines_of("a\r\r\n"), strings{"a\r"}); }
+
+TEST(ReadTextLine, KeepsACarriageReturnElsewhere) {
+  EXPECT_EQ(lines_of("a\rb\nc\r"), (strings{"a\rb", "c\r"}));
+}
+
+TEST(ReadTextLine, ReadsALastLineWithoutNewline) {
+  EXPECT_EQ(lines_of("a\nb"), (strings{"a", "b"}));
+}
+
+TEST(ReadTextLine, FindsNoLineInAnEmptyText) { EXPECT_TRUE(lines_of("").empty()); }
+
+TEST(ReadTextLine, KeepsZeroBytes) {
+  EXPECT_EQ(lines_of(std::string("a\0b\nc", 5)), (strings{std::string("a\0b", 3), "c"}));
+}
+
+TEST(OpenInput, TakesBackslashes) {
+  const working_folder folder;
+  std::filesystem::create_directory("inner");
+  write_file("inner/a.txt", "text");
+  std::ifstream in = open_input("inner\\a.txt");
+  std::string line;
+  EXPECT_TRUE(read_text_line(in, line));
+  EXPECT_EQ(line, "text");
+}
+
+TEST(OpenInput, FailsForAMissingFile) {
+  const temp_folder folder;
+  EXPECT_FALSE(open_input(folder.file("absent.txt")));
+}
+
+TEST(OpenInput, FailsForAFolder) {
+  const temp_folder folder;
+  EXPECT_FALSE(open_input(folder.path().string()));
+}
+
+TEST(OpenInput, ReadsNumbersInTheClassicLocale) {
+  const temp_folder folder;
+  write_file(folder.file("a.txt"), "1.5");
+  const comma_locale elsewhere;
+  std::ifstream in = open_input(folder.file("a.txt"));
+  double number = 0;
+  in >> number;
+  EXPECT_EQ(number, 1.5);
+}
+
+TEST(OpenOutput, ReplacesWhatWasThere) {
+  const temp_folder folder;
+  write_file(folder.file("a.txt"), "a longer text");
+  std::ofstream out = open_output(folder.file("a.txt"));
+  out << "short\n";
+  EXPECT_TRUE(finish_output(out, folder.file("a.txt")));
+  EXPECT_EQ(read_file(folder.file("a.txt")), "short\n");
+}
+
+TEST(OpenOutput, TakesBackslashes) {
+  const working_folder folder;
+  std::filesystem::create_directory("inner");
+  std::ofstream out = open_output("inner\\a.txt");
+  out << "text";
+  EXPECT_TRUE(finish_output(out, "inner\\a.txt"));
+  EXPECT_EQ(read_file("inner/a.txt"), "text");
+}
+
+TEST(OpenOutput, WritesNumbersInTheClassicLocale) {
+  const temp_folder folder;
+  const comma_locale elsewhere;
+  std::ofstream out = open_output(folder.file("a.txt"));
+  out << 1.5;
+  EXPECT_TRUE(finish_output(out, folder.file("a.txt")));
+  EXPECT_EQ(read_file(folder.file("a.txt")), "1.5");
+}
+
+TEST(OpenOutput, FailsForAFolderAndAMissingFolder) {
+  const temp_folder folder;
+  EXPECT_FALSE(open_output(folder.path().string()));
+  EXPECT_FALSE(open_output(folder.file("absent") + "/a.txt"));
+}
+
+TEST(FinishOutput, RemovesABrokenFile) {
+  const temp_folder folder;
+  std::ofstream out = open_output(folder.file("a.txt"));
+  out << "text";
+  out.setstate(std::ios::badbit);
+  EXPECT_FALSE(finish_output(out, folder.file("a.txt")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("a.txt")));
+}
+
+#ifdef __linux__
+TEST(FinishOutput, SeesAFullDiskAndLeavesTheDevice) {
+  std::ofstream out = open_output("/dev/full");
+  out << "text";
+  ASSERT_TRUE(out.good());  // nothing has left the buffer yet
+  EXPECT_FALSE(finish_output(out, "/dev/full"));
+  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+#endif
+
+}  // namespace
+}  // namespace ocpan

@@ -1,0 +1,484 @@
+#include <algorithm>
+#include <cerrno>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "tests/src/config_run.h"
+
+namespace ocpan {
+namespace {
+
+using testing::config_run;
+using testing::files_of;
+using testing::run_config;
+using testing::working_folder;
+using testing::write_file;
+using strings = std::vector<std::string>;
+
+// Reads sets behind one complete camera; the top section's lines come first.
+config_run run_sets(const std::string& lines, const std::string& top = "") {
+  return run_config(
+      top + "camera_info:\n- width: 4, height: 3, hfov: 60, lens: 0\ncalibration_sets:\n" + lines);
+}
+
+void expect_malformed(const std::string& lines, const std::string& printed) {
+  const config_run run = run_sets(lines);
+  EXPECT_EQ(run.result, 5) << lines;
+  EXPECT_EQ(run.printed, printed) << lines;
+}
+
+void expect_badly_formed(const std::string& before, const std::string& line) {
+  expect_malformed(before + line + "\n", "Badly formed line: " + line + "\n");
+}
+
+std::vector<int> ids_of(const std::string& list) {
+  const config_run run = run_sets("- cameras: " + list + "\n");
+  std::vector<int> ids;
+  EXPECT_EQ(run.sets.size(), 1u);
+  for (const set_camera& camera : run.sets.at(0).cameras) {
+    ids.push_back(camera.id);
+    EXPECT_TRUE(camera.files.empty());
+    EXPECT_EQ(camera.file_type, 0);
+  }
+  return ids;
+}
+
+// A working folder with pictures under left and right.
+class PictureFolders : public ::testing::Test {
+ protected:
+  PictureFolders() {
+    std::filesystem::create_directories("rig/left");
+    std::filesystem::create_directories("rig/right");
+    for (const char* name : {"b1.png", "a2.png", "A1.png", "a1.bak"}) {
+      write_file(std::filesystem::path("rig/left") / name, "");
+    }
+    for (const char* name : {"xb1.png", "xA1.png", "xa2.png"}) {
+      write_file(std::filesystem::path("rig/left") / name, "");
+    }
+    for (const char* name : {"a7.png", "a3.png", "xd1.png"}) {
+      write_file(std::filesystem::path("rig/right") / name, "");
+    }
+    write_file("rig/xc1.png", "");
+    write_file("rig/c2.png", "");
+    write_file("rig/c1.png", "");
+  }
+
+  working_folder folder_;
+};
+
+const std::string two = "- cameras: [1, 2]\n";
+
+// ---- set_name, board_scale, sets and lines
+
+TEST(SetsSection, ReadsNameAndScaleOfOneLine) {
+  const config_run run = run_sets("  - set_name: 'wall, north', board_scale: 25.5\n");
+  ASSERT_EQ(run.sets.size(), 1u);
+  EXPECT_STREQ(run.sets[0].set_prefix, "wall, north");
+  EXPECT_EQ(run.sets[0].set_prefix, run.pool.front().c_str());
+  EXPECT_EQ(run.sets[0].board_scale, 25.5f);
+  EXPECT_EQ(run.sets[0].board_width, -1);
+  EXPECT_EQ(run.sets[0].board_height, -1);
+  EXPECT_TRUE(run.sets[0].save_frames);
+}
+
+TEST(SetsSection, TakesADashWithinAValueAsText) {
+  const config_run run = run_sets("- set_name: 'a-b', board_scale: -2\n");
+  ASSERT_EQ(run.sets.size(), 1u);
+  EXPECT_STREQ(run.sets[0].set_prefix, "a-b");
+  EXPECT_EQ(run.sets[0].board_scale, -2.0f);
+}
+
+TEST(SetsSection, ReportsANameWithoutQuotesWithTheValueAsCut) {
+  expect_malformed("- set_name: wall, board_scale: 1\n", "Badly formed line: wall\n");
+  expect_malformed("- set_name: 'wall\n", "Badly formed line: 'wall\n");
+  expect_malformed("- set_name: \n", "Badly formed line: \n");
+  expect_malformed("- set_name:,board_scale: 1\n", "Badly formed line: \n");
+}
+
+TEST(SetsSection, CutsTheFirstCharacterBehindTheColon) {
+  expect_malformed("- set_name:'wall'\n", "Badly formed line: wall'\n");
+}
+
+TEST(SetsSection, ReadsAnEmptyScaleAsZero) {
+  EXPECT_EQ(run_sets("- board_scale: \n").sets.at(0).board_scale, 0.0f);
+  EXPECT_EQ(run_sets("- board_scale:,cameras: []\n").sets.at(0).board_scale, 0.0f);
+}
+
+TEST(SetsSection, FindsKeysWithinWordsInTheirOrder) {
+  const config_run run = run_sets("- my_board_scale_set_name_x: '5'\n  board_scale_cameras: 3\n");
+  EXPECT_STREQ(run.sets.at(0).set_prefix, "5");
+  EXPECT_EQ(run.sets.at(0).board_scale, 3.0f);
+}
+
+TEST(SetsSection, SkipsLinesWithoutColonAndDash) {
+  EXPECT_EQ(run_sets("\n  \nset_name\n").printed,
+            "Invalid number of calibration sets supplied: 0, should be at least 2*num cameras-1, "
+            "ideally more\n");
+}
+
+TEST(SetsSection, BeginsASetAtADashWithoutColon) {
+  const config_run run = run_sets("-\n  set_name: 'a'\n");
+  ASSERT_EQ(run.sets.size(), 1u);
+  EXPECT_STREQ(run.sets[0].set_prefix, "a");
+}
+
+TEST(SetsSection, ReportsAnUnknownKey) {
+  for (const char* line : {"  - odd: 1", "  - odd:", "  - odd: 1 set_name: 'a'"}) {
+    expect_malformed(std::string(line) + "\n", "Unrecognised calibration_sets:   - odd\n");
+  }
+  expect_malformed("- board_scale: 1, odd : 1\n", "Unrecognised calibration_sets:  odd \n");
+  expect_malformed("odd: 1\n", "Unrecognised calibration_sets: odd\n");
+}
+
+TEST(SetsSection, ReportsASecondCalibrationSets) {
+  expect_malformed("calibration_sets:\n", "Unrecognised calibration_sets: calibration_sets\n");
+}
+
+TEST(SetsSection, RefusesAColonAtTheEndOfALine) {
+  for (const char* key :
+       {"set_name", "board_scale", "cameras", "subdir", "filename_patterns", "board_shape"}) {
+    expect_badly_formed("-\n", std::string("  ") + key + ":");
+  }
+}
+
+TEST(SetsSection, RefusesKeysThatNoCommaParts) {
+  expect_badly_formed("", "- set_name: 'a' board_scale: 1");
+  expect_badly_formed("", "- set_name: 'a:b'");
+  expect_badly_formed(two, "  filename_patterns: ['a:b', 'c']");
+}
+
+TEST(SetsSection, TakesTheTextBehindACommaInAQuotedValueAsAKey) {
+  expect_malformed("- set_name: 'a, b:c'\n", "Badly formed line: 'a\n");
+  expect_malformed("- cameras: [1, 2]\n  subdir: ['a', 'b:c']\n",
+                   "Unrecognised calibration_sets:  'b\n");
+}
+
+TEST(SetsSection, RefusesAFieldAheadOfTheFirstDash) {
+  expect_badly_formed("", "set_name: 'a'");
+  expect_badly_formed("", "  board_shape: [2, 2]");
+}
+
+// ---- incomplete sets
+
+TEST(SetsSection, ReportsAnIncompleteSetAtTheNextOne) {
+  expect_malformed("-\n-\n",
+                   "Calibration Struct details incomplete\n"
+                   "Details present were: set_name 0, subdir(optional) 0, cameras 0, "
+                   "filename_patterns 0, board_shape 0, board_scale 0\n");
+}
+
+TEST(SetsSection, ReportsAnIncompleteSetAtTheEndOfTheFile) {
+  expect_malformed("-\n",
+                   "Calibration Struct details incomplete\n"
+                   "Details present were: set_name 0, subdir (optional)0, cameras 0, "
+                   "filename_patterns 0, board_shape 0, board_scale 0\n");
+}
+
+TEST(SetsSection, AsksForEachOfFiveKeysAndNotForSubdir) {
+  const char* const names[] = {"set_name",          "subdir",      "cameras",
+                               "filename_patterns", "board_shape", "board_scale"};
+  const char* const lines[] = {"set_name: 'a'",        "subdir: '.'",         "cameras: []",
+                               "filename_patterns: '", "board_shape: [3, 3]", "board_scale: 1"};
+  for (int missing = 0; missing < 6; ++missing) {
+    std::string set = "-\n";
+    std::ostringstream shown;
+    for (int i = 0; i < 6; ++i) {
+      const bool left_out = i == missing;
+      if (!left_out) set += std::string(lines[i]) + "\n";
+      shown << (i ? ", " : "") << names[i] << (i == 1 ? " (optional)" : " ") << (left_out ? 0 : 1);
+    }
+    const config_run run = run_sets(set);
+    if (missing == 1) {
+      EXPECT_EQ(run.result, 0);
+    } else {
+      EXPECT_EQ(run.result, 5);
+      EXPECT_EQ(run.printed, "Calibration Struct details incomplete\nDetails present were: " +
+                                 shown.str() + "\n");
+    }
+  }
+}
+
+TEST(SetsSection, ForgetsWhatTheSetBeforeHad) {
+  const std::string complete =
+      "- set_name: 'a', board_scale: 1\n  cameras: []\n  subdir: '.'\n  filename_patterns: '\n"
+      "  board_shape: [3, 4]\n";
+  expect_malformed(complete + "-\n",
+                   "Calibration Struct details incomplete\n"
+                   "Details present were: set_name 0, subdir (optional)0, cameras 0, "
+                   "filename_patterns 0, board_shape 0, board_scale 0\n");
+  EXPECT_EQ(run_sets(complete + complete).result, 0);
+}
+
+// ---- cameras
+
+TEST(SetCameras, AreReadInListOrder) {
+  EXPECT_EQ(ids_of("[1, 2]"), (std::vector<int>{1, 2}));
+  EXPECT_EQ(ids_of("[3, 12, 3]"), (std::vector<int>{3, 12, 3}));
+  EXPECT_EQ(ids_of("[4]"), std::vector<int>{4});
+  EXPECT_EQ(ids_of("x[0, -1, 99] y"), (std::vector<int>{0, -1, 99}));
+}
+
+TEST(SetCameras, LoseACharacterWithoutABlankBehindTheComma) {
+  EXPECT_EQ(ids_of("[1,2]"), std::vector<int>{1});
+  EXPECT_EQ(ids_of("[1,23]"), (std::vector<int>{1, 3}));
+}
+
+TEST(SetCameras, MayBeNone) {
+  EXPECT_TRUE(ids_of("[]").empty());
+  EXPECT_EQ(ids_of("[ ]"), std::vector<int>{0});
+  EXPECT_EQ(ids_of("[1, ]"), std::vector<int>{1});
+}
+
+TEST(SetCameras, OfASecondListAreAppended) {
+  EXPECT_EQ(run_sets("- cameras: [1, 2]\n  cameras: [3]\n").sets.at(0).cameras.size(), 3u);
+}
+
+TEST(SetCameras, NeedTheirBrackets) {
+  expect_malformed("- cameras: 1, 2\n", "cameras '[' not in expected location in line: 1, 2\n");
+  expect_malformed("- cameras: [1, 2\n", "cameras ']' not in expected location in line: [1, 2\n");
+  expect_malformed("- cameras: ]1, 2[\n", "cameras ']' not in expected location in line: ]1, 2[\n");
+  expect_malformed("- cameras: \n", "cameras '[' not in expected location in line: \n");
+}
+
+// ---- board_shape
+
+TEST(BoardShape, IsReadFromItsBrackets) {
+  const config_run run = run_sets("- board_shape: [9, 6], board_scale: 2\n");
+  EXPECT_EQ(run.sets.at(0).board_width, 9);
+  EXPECT_EQ(run.sets.at(0).board_height, 6);
+  EXPECT_EQ(run.sets.at(0).board_scale, 2.0f);
+}
+
+TEST(BoardShape, MayHaveMoreBlanks) {
+  const config_run run = run_sets("- board_shape: x [ 3 ,   4 ] y\n");
+  EXPECT_EQ(run.sets.at(0).board_width, 3);
+  EXPECT_EQ(run.sets.at(0).board_height, 4);
+}
+
+TEST(BoardShape, EndsInSilenceAtASideBelowThree) {
+  for (const char* shape : {"[2, 6]", "[6, 2]", "[-9, 6]", "[x, 6]", "[9, ]", "[2, 6", "[9,6]"}) {
+    const config_run run = run_sets(std::string("- board_shape: ") + shape + "\n");
+    EXPECT_EQ(run.result, 7) << shape;
+    EXPECT_EQ(run.printed, "") << shape;
+  }
+}
+
+TEST(BoardShape, LosesACharacterWithoutABlankBehindTheComma) {
+  EXPECT_EQ(run_sets("- board_shape: [9,16]\n").sets.at(0).board_height, 6);
+}
+
+TEST(BoardShape, NamesTheSignItMisses) {
+  const auto misplaced = [](const std::string& sign, const std::string& line) {
+    expect_malformed(line + "\n",
+                     "board_shape '" + sign + "' not in expected location in line: " + line + "\n");
+  };
+  misplaced("[", "- board_shape: 9, 6]");
+  misplaced("[", "- board_shape: ");
+  misplaced("'", "- board_shape: [9 6]");
+  misplaced("'", "- board_shape: 1, [9 6]");
+  misplaced("'", "- board_shape: [9, 6] board_scale: 2");  // cut at its own comma
+  misplaced("]", "- board_shape: [9, 6");
+  misplaced("]", "- board_shape: [9,]");  // the search begins behind it
+  misplaced("]", "- board_shape: [9,");
+}
+
+// ---- subdir and filename_patterns
+
+TEST_F(PictureFolders, ArePairedByPositionInSortedListings) {
+  const config_run run = run_sets(
+      two + "  subdir: ['left', 'right']\n  filename_patterns: ['a\\d\\.png$', '^a[0-9]\\.png$']\n",
+      "base_directory: 'rig'\n");
+  const auto& cameras = run.sets.at(0).cameras;
+  EXPECT_EQ(files_of(cameras.at(0)), strings{"rig\\left\\a2.png"});
+  EXPECT_EQ(files_of(cameras.at(1)), (strings{"rig\\right\\a3.png", "rig\\right\\a7.png"}));
+}
+
+TEST_F(PictureFolders, AreSortedWithoutRegardToCase) {
+  const config_run run =
+      run_sets("- cameras: [1]\n  subdir: 'left'\n  filename_patterns: 'x.\\d\\.png$'\n",
+               "base_directory: 'rig'\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)),
+            (strings{"rig\\left\\xA1.png", "rig\\left\\xa2.png", "rig\\left\\xb1.png"}));
+}
+
+TEST_F(PictureFolders, ServeAllCamerasWithOneSubdirectory) {
+  const config_run run =
+      run_sets(two + "  subdir: ['left']\n  filename_patterns: ['A1\\.png$', 'b1\\.png$']\n",
+               "base_directory: 'rig'\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)), strings{"rig\\left\\A1.png"});
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(1)), strings{"rig\\left\\b1.png"});
+}
+
+TEST_F(PictureFolders, AreTheBaseDirectoryWithoutSubdir) {
+  const config_run run =
+      run_sets("- cameras: [1]\n  filename_patterns: ['c\\d\\.png$']\n", "base_directory: 'rig'\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)), (strings{"rig\\c1.png", "rig\\c2.png"}));
+}
+
+TEST_F(PictureFolders, CountFromTheWorkingFolderWithoutBaseDirectory) {
+  const config_run run =
+      run_sets("- cameras: [1]\n  subdir: 'rig/right'\n  filename_patterns: 'a\\d\\.png$'\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)),
+            (strings{"rig\\right\\a3.png", "rig\\right\\a7.png"}));
+}
+
+TEST_F(PictureFolders, MatchNothingWithoutBaseDirectoryAndSubdir) {
+  const config_run run = run_sets("- cameras: [1]\n  filename_patterns: ['rig$']\n");
+  EXPECT_TRUE(run.sets.at(0).cameras.at(0).files.empty());
+}
+
+TEST_F(PictureFolders, AreTheWorkingFolderWithAnEmptyBaseDirectory) {
+  const config_run run =
+      run_sets("- cameras: [1]\n  filename_patterns: ['rig$']\n", "base_directory: ''\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)), strings{"rig"});
+}
+
+TEST_F(PictureFolders, StandForThemselvesBehindABackslash) {
+  const std::string full = std::filesystem::current_path().string() + "/rig/right";
+  ASSERT_EQ(full.front(), '/');
+  const config_run run =
+      run_sets("- cameras: [1]\n  subdir: '" + full + "'\n  filename_patterns: 'a3\\.png$'\n",
+               "base_directory: 'rig'\n");
+  std::string expected = full + "/a3.png";
+  std::replace(expected.begin(), expected.end(), '/', '\\');
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)), strings{expected});
+}
+
+TEST_F(PictureFolders, OfASecondBaseDirectoryAddToTheListingOfTheFirst) {
+  const config_run both = run_sets("- cameras: [1]\n  filename_patterns: ['x.\\d\\.png$']\n",
+                                   "base_directory: 'rig/right'\nbase_directory: 'rig'\n");
+  EXPECT_EQ(files_of(both.sets.at(0).cameras.at(0)), (strings{"rig\\xc1.png", "rig\\xd1.png"}));
+}
+
+TEST_F(PictureFolders, OfASecondSubdirAreAppended) {
+  const config_run run = run_sets(
+      two +
+          "  subdir: 'left'\n  subdir: 'right'\n  filename_patterns: ['b1\\.png$', 'a3\\.png$']\n",
+      "base_directory: 'rig'\n");
+  EXPECT_EQ(files_of(run.sets.at(0).cameras.at(1)), strings{"rig\\right\\a3.png"});
+}
+
+TEST_F(PictureFolders, OfTheSetBeforeAreForgotten) {
+  const std::string rest = "  board_shape: [3, 3], board_scale: 1, set_name: 'a'\n";
+  const config_run run =
+      run_sets("- cameras: [1]\n  subdir: 'left'\n  filename_patterns: 'b1\\.png$'\n" + rest +
+                   "- cameras: [1]\n  filename_patterns: 'c1\\.png$'\n" + rest,
+               "base_directory: 'rig'\n");
+  EXPECT_EQ(run.result, 0);
+  EXPECT_EQ(files_of(run.sets.at(1).cameras.at(0)), strings{"rig\\c1.png"});
+}
+
+TEST_F(PictureFolders, ReportAMissingSubdirectory) {
+  std::ostringstream expected;
+  expected << "Error(" << ENOENT << ") opening rig\\none\\*\n";
+  const config_run run = run_sets("- cameras: [1]\n  subdir: 'none'\n  filename_patterns: 'a'\n",
+                                  "base_directory: 'rig'\n");
+  EXPECT_EQ(run.result, 5);
+  EXPECT_EQ(run.printed, expected.str());
+}
+
+TEST_F(PictureFolders, HandOnTheResultOfThePattern) {
+  const config_run unexpected =
+      run_sets("- cameras: [1]\n  subdir: 'rig/right'\n  filename_patterns: 'a3'\n");
+  EXPECT_EQ(unexpected.result, -1);
+  EXPECT_EQ(unexpected.printed, "Unexpected non match case\n");
+  const config_run refused =
+      run_sets("- cameras: [1]\n  subdir: 'rig/right'\n  filename_patterns: '(a3'\n");
+  EXPECT_EQ(refused.result, 5);
+  EXPECT_EQ(refused.printed, "Pattern '(' not supported.\n  Pattern: (a3\n");
+}
+
+TEST_F(PictureFolders, RefuseASecondListOfPatterns) {
+  const config_run run = run_sets(
+      "- cameras: [1]\n  subdir: 'rig/right'\n  filename_patterns: 'a3\\.png$'\n"
+      "  filename_patterns: 'a7\\.png$'\n");
+  EXPECT_EQ(run.result, -1);
+  EXPECT_EQ(run.printed, "Internal error, file_names should be empty here.\n");
+}
+
+TEST(FilenamePatterns, NeedTheCamerasAheadOfThem) {
+  const std::string line = "- filename_patterns: ['a']";
+  expect_malformed(line + "\n  cameras: [1]\n",
+                   "Found more patterns than cameras in line: " + line + "\n");
+}
+
+TEST(FilenamePatterns, MayNotBeMoreThanCameras) {
+  expect_malformed("- cameras: [1,2]\n  filename_patterns: ['a', 'b']\n",
+                   "Found more patterns than cameras in line:   filename_patterns: ['a', 'b']\n");
+}
+
+TEST(FilenamePatterns, MayNotBeFewerThanCameras) {
+  expect_malformed("- cameras: [1, 2, 3]\n  filename_patterns: ['a', 'b']\n",
+                   "Found inconsistent patterns (2) and cameras (3) in line:   filename_patterns: "
+                   "['a', 'b']\n");
+  expect_malformed("- cameras: [1]\n  filename_patterns: '\n",
+                   "Found inconsistent patterns (0) and cameras (1) in line:   filename_patterns: "
+                   "'\n");
+}
+
+TEST(FilenamePatterns, NeedAQuote) {
+  expect_badly_formed(two, "  filename_patterns: [a, b]");
+  expect_badly_formed(two, "  filename_patterns: ");
+}
+
+TEST(Subdirectories, NeedAQuote) {
+  expect_badly_formed(two, "  subdir: left");
+  expect_badly_formed(two, "  subdir: ");
+  expect_badly_formed(two, "  subdir:,board_scale: 1");
+}
+
+TEST(Subdirectories, MayNotBeMoreThanCameras) {
+  expect_malformed(
+      "- cameras: [1, 2]\n  subdir: ['a', 'b', 'c']\n  filename_patterns: ['a', 'b']\n",
+      "Found more subdirectories (3) than cameras (2)\n");
+}
+
+TEST(Subdirectories, MayBeFewerThanCamerasOnlyIfThereIsOne) {
+  expect_malformed("- cameras: [1, 2, 3]\n  subdir: ['a', 'b']\n  filename_patterns: ['a', 'b']\n",
+                   "Found less subdirectories (2) than cameras (3)\n");
+  expect_malformed("- cameras: [1]\n  subdir: '\n  filename_patterns: ['a']\n",
+                   "Found less subdirectories (0) than cameras (1)\n");
+}
+
+TEST(QuotedLists, ExpectThreeCharactersBetweenEntries) {
+  // The second entry is read from its second character, up to the next quote.
+  expect_malformed("- cameras: [1, 2]\n  subdir: ['ab','cd']\n  filename_patterns: ['x', 'y']\n",
+                   [] {
+                     std::ostringstream text;
+                     text << "Error(" << ENOENT << ") opening ab\\*\n";
+                     return text.str();
+                   }());
+  const working_folder folder;
+  std::filesystem::create_directory("ab");
+  std::ostringstream second;
+  second << "Error(" << ENOENT << ") opening d\\*\n";
+  expect_malformed("- cameras: [1, 2]\n  subdir: ['ab','cd']\n  filename_patterns: ['x', 'y']\n",
+                   second.str());
+}
+
+TEST(QuotedLists, HoldNoEmptyEntry) {
+  // The closing quote is looked for from the entry's second character on.
+  const working_folder folder;
+  std::ostringstream expected;
+  expected << "Error(" << ENOENT << ") opening ', \\*\n";
+  expect_malformed("- cameras: [1]\n  subdir: ['', 'b']\n  filename_patterns: ['x']\n",
+                   expected.str());
+}
+
+TEST(QuotedLists, TakeTheEndOfTheValueForAMissingQuote) {
+  const working_folder folder;
+  std::ostringstream expected;
+  expected << "Error(" << ENOENT << ") opening abc]\\*\n";
+  expect_malformed("- cameras: [1]\n  subdir: ['abc]\n  filename_patterns: ['x']\n",
+                   expected.str());
+}
+
+TEST(QuotedLists, GoOnWhileTheValueDoes) {
+  // Four characters behind the last quote more text begins: one more entry.
+  expect_malformed("- cameras: [1]\n  filename_patterns: ['a'] # note\n",
+                   "Found more patterns than cameras in line:   filename_patterns: ['a'] # note\n");
+}
+
+}  // namespace
+}  // namespace ocpan

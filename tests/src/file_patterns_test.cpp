@@ -1,0 +1,502 @@
+#include "src/file_patterns.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <random>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/captured_output.h"
+#include "tests/support/temp_folder.h"
+
+namespace ocpan {
+namespace {
+
+using testing::printed_by;
+using testing::temp_folder;
+using testing::working_folder;
+using testing::write_file;
+using strings = std::vector<std::string>;
+
+struct match {
+  int result;
+  bool matched;
+  std::string printed;
+  bool operator==(const match&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const match& m) {
+  return out << "{" << m.result << ", " << m.matched << ", \"" << m.printed << "\"}";
+}
+
+match match_of(const std::string& pattern, const std::string& name) {
+  match m{0, true, ""};  // so that the operation has to clear the flag
+  m.printed = printed_by([&] { m.result = match_pattern(pattern, name, m.matched); });
+  return m;
+}
+
+const match fits{0, true, ""};
+const match differs{0, false, ""};
+const match unexpected{-1, false, "Unexpected non match case\n"};
+
+match malformed(const std::string& printed) { return {5, false, printed}; }
+
+// ---- filename_less
+
+// The order as it is defined, one character at a time.
+bool plain_less(const std::string& a, const std::string& b) {
+  if (a.empty()) return true;
+  if (b.empty()) return false;
+  const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+  if (digit(a[0]) && !digit(b[0])) return false;
+  if (digit(b[0]) && !digit(a[0])) return true;
+  const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c + 0; };
+  if (upper(a[0]) == upper(b[0])) return plain_less(a.substr(1), b.substr(1));
+  return upper(a[0]) < upper(b[0]);
+}
+
+TEST(FilenameLess, PutsLettersAheadOfDigitsWithoutRegardToCase) {
+  const strings ordered = {"a0", "A1", "b", "1"};
+  int checks = 0;
+  for (std::size_t i = 0; i < ordered.size(); ++i) {
+    for (std::size_t j = i + 1; j < ordered.size(); ++j, ++checks) {
+      EXPECT_TRUE(filename_less(ordered[i], ordered[j])) << ordered[i] << " " << ordered[j];
+      EXPECT_FALSE(filename_less(ordered[j], ordered[i])) << ordered[i] << " " << ordered[j];
+    }
+  }
+  EXPECT_EQ(checks, 6);
+}
+
+TEST(FilenameLess, IsNotNumeric) {
+  EXPECT_TRUE(filename_less("x10.png", "x9.png"));
+  EXPECT_FALSE(filename_less("x9.png", "x10.png"));
+}
+
+TEST(FilenameLess, PutsABeginningAheadOfWhatGoesOn) {
+  EXPECT_TRUE(filename_less("ab", "abc"));
+  EXPECT_FALSE(filename_less("abc", "ab"));
+  EXPECT_TRUE(filename_less("", "a"));
+  EXPECT_FALSE(filename_less("a", ""));
+}
+
+TEST(FilenameLess, IsTrueForEqualNames) {
+  EXPECT_TRUE(filename_less("", ""));
+  EXPECT_TRUE(filename_less("a1", "a1"));
+  EXPECT_TRUE(filename_less("a1", "A1"));
+  EXPECT_TRUE(filename_less("A1", "a1"));
+}
+
+TEST(FilenameLess, ComparesPunctuationAsUpperCaseText) {
+  // "_" is 95: ahead of "a" (97), behind "A" (65), to which "a" is turned.
+  EXPECT_TRUE(filename_less("a", "_"));
+  EXPECT_FALSE(filename_less("_", "a"));
+  EXPECT_TRUE(filename_less("_", "0"));
+}
+
+TEST(FilenameLess, AgreesWithTheDefinition) {
+  std::mt19937 random(7);
+  const std::string alphabet = "aAbB_.01";
+  const auto word = [&] {
+    std::string text(random() % 6, ' ');
+    for (char& c : text) c = alphabet[random() % alphabet.size()];
+    return text;
+  };
+  int checks = 0;
+  for (; checks < 20000; ++checks) {
+    const std::string a = word();
+    const std::string b = word();
+    ASSERT_EQ(filename_less(a, b), plain_less(a, b)) << a << " " << b;
+  }
+  EXPECT_EQ(checks, 20000);
+}
+
+TEST(FilenameLess, TakesNamesOfAnyLength) {
+  const std::string a(5000000, 'x');
+  EXPECT_TRUE(filename_less(a + "a", a + "b"));
+  EXPECT_FALSE(filename_less(a + "b", a + "a"));
+}
+
+// ---- sort_names
+
+TEST(SortNames, OrdersTheFourExamples) {
+  strings names = {"1", "b", "A1", "a0"};
+  sort_names(names);
+  EXPECT_EQ(names, (strings{"a0", "A1", "b", "1"}));
+}
+
+TEST(SortNames, KeepsTheOrderOfNamesThatDifferInCaseOnly) {
+  strings names = {"b", "A", "a", "A"};
+  sort_names(names);
+  EXPECT_EQ(names, (strings{"A", "a", "A", "b"}));
+}
+
+TEST(SortNames, TakesManyEqualNames) {
+  // An order that calls equal names less would run off the ends of the sequence.
+  strings names;
+  for (int i = 0; i < 2000; ++i) names.push_back(i % 2 ? "Frame" : "fRAME");
+  const strings before = names;
+  sort_names(names);
+  EXPECT_EQ(names, before);
+}
+
+// ---- list_directory, list_sorted
+
+std::string opening_error(int error_number, const std::string& search_text) {
+  std::ostringstream line;
+  line << "Error(" << error_number << ") opening " << search_text << "\n";
+  return line.str();
+}
+
+TEST(ListDirectory, AppendsEveryEntry) {
+  const working_folder folder;
+  std::filesystem::create_directories("pics/inner");
+  write_file("pics/a.png", "");
+  strings names = {"before"};
+  int result = -7;
+  EXPECT_EQ(printed_by([&] { result = list_directory("pics\\", names); }), "");
+  EXPECT_EQ(result, 0);
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (strings{".", "..", "a.png", "before", "inner"}));
+}
+
+TEST(ListDirectory, ReportsAFolderThatCannotBeOpened) {
+  const working_folder folder;
+  strings names;
+  int result = -7;
+  EXPECT_EQ(printed_by([&] { result = list_directory("no\\such\\", names); }),
+            opening_error(ENOENT, "no\\such\\*"));
+  EXPECT_EQ(result, 5);
+}
+
+TEST(ListDirectory, ReportsAFileGivenAsFolder) {
+  const working_folder folder;
+  write_file("a.png", "");
+  strings names;
+  int result = -7;
+  EXPECT_EQ(printed_by([&] { result = list_directory("a.png\\", names); }),
+            opening_error(ENOTDIR, "a.png\\*"));
+  EXPECT_EQ(result, 5);
+}
+
+TEST(ListSorted, SortsAllThatIsThere) {
+  const working_folder folder;
+  std::filesystem::create_directory("pics");
+  for (const char* name : {"1", "b", "A1", "a0"}) {
+    write_file(std::filesystem::path("pics") / name, "");
+  }
+  strings names = {"c", "0"};
+  ASSERT_EQ(list_sorted("pics\\", names), 0);
+  EXPECT_EQ(names, (strings{".", "..", "a0", "A1", "b", "c", "0", "1"}));
+}
+
+TEST(ListSorted, HandsOnTheFailureOfTheListing) {
+  const working_folder folder;
+  strings names;
+  int result = 0;
+  EXPECT_EQ(printed_by([&] { result = list_sorted("absent\\", names); }),
+            opening_error(ENOENT, "absent\\*"));
+  EXPECT_EQ(result, 5);
+}
+
+#ifdef __linux__
+TEST(ListSorted, ReportsAFolderWithoutAnyEntry) {
+  // A folder that was removed while it is the working folder has not even ".".
+  const working_folder folder;
+  std::filesystem::create_directory("gone");
+  std::filesystem::current_path("gone");
+  std::filesystem::remove(folder.path() / "gone");
+  strings names;
+  int result = 0;
+  EXPECT_EQ(printed_by([&] { result = list_sorted("", names); }), "No files found in: \n");
+  EXPECT_EQ(result, 5);
+  EXPECT_TRUE(names.empty());
+}
+#endif
+
+// ---- match_pattern: elements
+
+TEST(MatchPattern, MatchesLiteralsWithTheirCase) {
+  EXPECT_EQ(match_of("cam", "cam"), fits);
+  EXPECT_EQ(match_of("cam", "caM"), differs);
+}
+
+TEST(MatchPattern, MatchesOneDigit) {
+  EXPECT_EQ(match_of("a\\d", "a0"), fits);
+  EXPECT_EQ(match_of("a\\d", "a9"), fits);
+  EXPECT_EQ(match_of("a\\d", "a/"), differs);  // the character ahead of "0"
+  EXPECT_EQ(match_of("a\\d", "a:"), differs);  // the one behind "9"
+  EXPECT_EQ(match_of("a\\d", "ad"), differs);
+}
+
+TEST(MatchPattern, MatchesAnEscapedFullStopOnly) {
+  EXPECT_EQ(match_of("a\\.b", "a.b"), fits);
+  EXPECT_EQ(match_of("a\\.b", "axb"), differs);
+}
+
+TEST(MatchPattern, MatchesAnyOneCharacter) {
+  EXPECT_EQ(match_of("a.b", "axb"), fits);
+  EXPECT_EQ(match_of("a.b", "a.b"), fits);
+  EXPECT_EQ(match_of("a.b", "axxb"), differs);
+}
+
+TEST(MatchPattern, RewritesTheFirstDigitClass) {
+  EXPECT_EQ(match_of("a[0-9]b", "a5b"), fits);
+  EXPECT_EQ(match_of("a[0-9]+b", "a517b"), fits);
+  EXPECT_EQ(match_of("a[0-9]b", "axb"), differs);
+}
+
+TEST(MatchPattern, ClearsTheDigitBetweenElements) {
+  EXPECT_EQ(match_of("\\da", "1a"), fits);
+  EXPECT_EQ(match_of("\\da", "12"), differs);
+  EXPECT_EQ(match_of(".a", "xa"), fits);
+  EXPECT_EQ(match_of(".a", "xb"), differs);
+}
+
+TEST(MatchPattern, RepeatsWithAStar) {
+  EXPECT_EQ(match_of("a*b", "ab"), fits);
+  EXPECT_EQ(match_of("a*b", "aaab"), fits);
+  EXPECT_EQ(match_of("\\d*\\.png", "0123.png"), fits);
+}
+
+TEST(MatchPattern, RepeatsWithAPlus) {
+  EXPECT_EQ(match_of("a+b", "ab"), fits);
+  EXPECT_EQ(match_of("a+b", "aaab"), fits);
+  EXPECT_EQ(match_of("a+b", "b"), differs);
+  EXPECT_EQ(match_of("cam\\d+\\.jpg", "cam0042.jpg"), fits);
+}
+
+TEST(MatchPattern, TakesACharacterForAStarThatFitsNothing) {
+  EXPECT_EQ(match_of("a*b", "b"), unexpected);
+  EXPECT_EQ(match_of("a*b", "xb"), fits);
+  EXPECT_EQ(match_of("xa*b", "xyb"), fits);
+}
+
+TEST(MatchPattern, DoesNotRepeatAStarThatFitNothing) { EXPECT_EQ(match_of("a*b", "xab"), differs); }
+
+TEST(MatchPattern, TakesAStarFollowedByAPlusAsAtLeastOne) {
+  EXPECT_EQ(match_of("a*+b", "aab"), fits);
+  EXPECT_EQ(match_of("a*+b", "xb"), differs);
+}
+
+TEST(MatchPattern, AsksAtLeastOneOfItsOwnElementOnly) {
+  // "b*" fits nothing and takes the "x", whatever stood behind the "a".
+  EXPECT_EQ(match_of("a+b*c", "axc"), fits);
+}
+
+TEST(MatchPattern, AcceptsTheStartSignAtTheStart) {
+  EXPECT_EQ(match_of("^ab", "ab"), fits);
+  EXPECT_EQ(match_of("^ab", "xab"), differs);
+}
+
+TEST(MatchPattern, TakesASecondStartSignAsALiteral) {
+  EXPECT_EQ(match_of("^^a", "^a"), fits);
+  EXPECT_EQ(match_of("^^a", "a"), differs);
+}
+
+TEST(MatchPattern, AcceptsTheEndSignAtTheEnd) {
+  EXPECT_EQ(match_of("ab$", "ab"), fits);
+  EXPECT_EQ(match_of("^cam1_\\d+\\.jpg$", "cam1_07.jpg"), fits);
+}
+
+TEST(MatchPattern, IgnoresWhatStandsBehindAnEndSignAtTheEnd) {
+  EXPECT_EQ(match_of("a$b", "a"), fits);
+}
+
+TEST(MatchPattern, PassesTheTwoDotsByInSilence) {
+  EXPECT_EQ(match_of("cam\\d+", "."), differs);
+  EXPECT_EQ(match_of("^cam\\d+", ".."), differs);
+}
+
+TEST(MatchPattern, MatchesBytesBeyondAscii) {
+  EXPECT_EQ(match_of("b\xc3\xa4.png", "b\xc3\xa4_png"), fits);
+  EXPECT_EQ(match_of("b..\\.png", "b\xc3\xa4.png"), fits);
+}
+
+// ---- match_pattern: ends
+
+TEST(MatchPattern, FailsOnANameThatRunsOn) {
+  EXPECT_EQ(match_of("a", "ab"), unexpected);
+  EXPECT_EQ(match_of("\\.png", ".png.bak"), unexpected);
+}
+
+TEST(MatchPattern, FailsOnANameThatEndsEarly) {
+  EXPECT_EQ(match_of("ab", "a"), unexpected);
+  EXPECT_EQ(match_of("ab*", "a"), unexpected);
+}
+
+TEST(MatchPattern, FailsOnARepeatAtThePatternsEnd) { EXPECT_EQ(match_of("a+", "aa"), unexpected); }
+
+TEST(MatchPattern, FailsOnAnEmptyPattern) { EXPECT_EQ(match_of("", "a"), unexpected); }
+
+TEST(MatchPattern, MatchesNothingWithNothing) {
+  EXPECT_EQ(match_of("", ""), fits);
+  EXPECT_EQ(match_of("$", ""), fits);
+  EXPECT_EQ(match_of("^", ""), unexpected);
+}
+
+TEST(MatchPattern, ReportsAnEndSignAheadOfTheEnd) {
+  EXPECT_EQ(match_of("a[0-9]\\.png$", "a1.png.bak"),
+            (match{0, false,
+                   "Pattern '$' found before end of search.\n"
+                   "  Pattern: a\\d\\.png$\n"
+                   "  Search: a1.png.bak\n"
+                   ". 0\n"}));
+}
+
+TEST(MatchPattern, AsksForTheEndAheadOfARepeat) {
+  EXPECT_EQ(match_of("\\d+$", "1"), fits);
+  EXPECT_EQ(match_of("\\d+$", "12"), (match{0, false,
+                                            "Pattern '$' found before end of search.\n"
+                                            "  Pattern: \\d+$\n"
+                                            "  Search: 12\n"
+                                            "2 0\n"}));
+}
+
+TEST(MatchPattern, ReportsAnEndSignDirectlyBehindTheStartSign) {
+  EXPECT_EQ(match_of("^$", "ab"), (match{0, false,
+                                         "Pattern '$' found before end of search.\n"
+                                         "  Pattern: ^$\n"
+                                         "  Search: ab\n"
+                                         "a 0\n"}));
+}
+
+TEST(MatchPattern, ReportsAStartSignBehindTheStart) {
+  EXPECT_EQ(match_of("a^b", "ab"), (match{0, false,
+                                          "Pattern '^' not found at beginning of search.\n"
+                                          "  Pattern: a^b\n"
+                                          "  Search: ab\n"}));
+}
+
+TEST(MatchPattern, AsksForTheStartAheadOfARepeat) {
+  EXPECT_EQ(match_of("a+^b", "aab").printed,
+            "Pattern '^' not found at beginning of search.\n"
+            "  Pattern: a+^b\n"
+            "  Search: aab\n");
+}
+
+// ---- match_pattern: faults
+
+TEST(MatchPattern, RefusesAPatternThatEndsBehindTheStartSign) {
+  EXPECT_EQ(match_of("^", "a"), malformed("Pattern prematurely ended after '^': ^\n"));
+}
+
+TEST(MatchPattern, RefusesAPatternThatEndsBehindABackslash) {
+  EXPECT_EQ(match_of("a\\", "ab"), malformed("Pattern prematurely ended after '\\': a\\\n"));
+}
+
+TEST(MatchPattern, RefusesAnUnknownSpecialCharacter) {
+  EXPECT_EQ(match_of("a\\w", "ab"),
+            malformed("Unrecognised special character: \\w in pattern: a\\w\n"));
+  EXPECT_EQ(match_of("\\D", "ab"),
+            malformed("Unrecognised special character: \\D in pattern: \\D\n"));
+}
+
+TEST(MatchPattern, RefusesGroups) {
+  EXPECT_EQ(match_of("(a)", "a"), malformed("Pattern '(' not supported.\n  Pattern: (a)\n"));
+  EXPECT_EQ(match_of("a)", "ab"), malformed("Pattern ')' not supported.\n  Pattern: a)\n"));
+}
+
+TEST(MatchPattern, RefusesClasses) {
+  EXPECT_EQ(match_of("[ab]", "a"),
+            malformed("Pattern '[' not supported (except one '[0-9]' occurrence).\n"
+                      "  Pattern: [ab]\n"));
+  EXPECT_EQ(match_of("a]", "ab"), malformed("Pattern ']' not supported.\n  Pattern: a]\n"));
+}
+
+TEST(MatchPattern, RefusesASecondDigitClassOnceANameGetsThere) {
+  EXPECT_EQ(match_of("[0-9][0-9]", "12"),
+            malformed("Pattern '[' not supported (except one '[0-9]' occurrence).\n"
+                      "  Pattern: \\d[0-9]\n"));
+  EXPECT_EQ(match_of("[0-9][0-9]", "x2"), differs);
+}
+
+TEST(MatchPattern, RefusesAClassAheadOfARepeat) {
+  EXPECT_EQ(match_of("a+(b", "aab"), malformed("Pattern '(' not supported.\n  Pattern: a+(b\n"));
+}
+
+TEST(MatchPattern, RefusesARepeatedWildcard) {
+  for (const char* sign : {"*", "+", "*+"}) {
+    const std::string pattern = std::string("a.") + sign + "b";
+    EXPECT_EQ(
+        match_of(pattern, "axb"),
+        malformed("'.' wildcard not supported with '+' or '*' in pattern: " + pattern + "\n"));
+  }
+}
+
+TEST(MatchPattern, RefusesARepeatWithoutAnElement) {
+  EXPECT_EQ(match_of("*a", "ba"), (match{-1, false, "Internal logic error with *\n"}));
+  EXPECT_EQ(match_of("^+a", "ba"), (match{-1, false, "Internal logic error with +\n"}));
+  EXPECT_EQ(match_of("a+*", "ab"), (match{-1, false, "Internal logic error with *\n"}));
+  EXPECT_EQ(match_of("a**b", "xb"), (match{-1, false, "Internal logic error with *\n"}));
+}
+
+TEST(MatchPattern, FindsNoFaultBeyondTheFirstMismatch) {
+  EXPECT_EQ(match_of("a(\\q", "x"), differs);
+}
+
+// ---- expand_pattern
+
+TEST(ExpandPattern, AppendsFullPathsInTheOrderOfTheNames) {
+  string_pool pool = {"before"};
+  std::vector<const char*> files;
+  int result = -7;
+  EXPECT_EQ(printed_by([&] {
+              result = expand_pattern("a\\d$", "pics\\", {".", "a2", "b1", "a1"}, files, pool);
+            }),
+            "");
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(strings(files.begin(), files.end()), (strings{"pics\\a2", "pics\\a1"}));
+  EXPECT_EQ(pool, (string_pool{"before", "pics\\a2", "pics\\a1"}));
+}
+
+TEST(ExpandPattern, PointsIntoThePool) {
+  string_pool pool;
+  std::vector<const char*> files;
+  strings names;
+  for (int i = 100; i < 999; ++i) names.push_back(std::string("a").append(std::to_string(i)));
+  ASSERT_EQ(expand_pattern("a\\d\\d\\d", "", names, files, pool), 0);
+  ASSERT_EQ(files.size(), 899u);
+  for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(files[i], pool[i].c_str());
+}
+
+TEST(ExpandPattern, RefusesAListThatIsNotEmpty) {
+  string_pool pool;
+  std::vector<const char*> files = {"x"};
+  int result = 0;
+  EXPECT_EQ(printed_by([&] { result = expand_pattern("a", "", {"a"}, files, pool); }),
+            "Internal error, file_names should be empty here.\n");
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(files.size(), 1u);
+}
+
+TEST(ExpandPattern, StopsAtTheFirstFailureAndKeepsWhatItHas) {
+  string_pool pool;
+  std::vector<const char*> files;
+  int result = 0;
+  EXPECT_EQ(printed_by([&] {
+              result = expand_pattern("a\\d", "", {"a1", "a1.bak", "a2"}, files, pool);
+            }),
+            "Unexpected non match case\n");
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(strings(files.begin(), files.end()), strings{"a1"});
+}
+
+TEST(ExpandPattern, GoesOnBehindAReportedMismatch) {
+  string_pool pool;
+  std::vector<const char*> files;
+  int result = -7;
+  printed_by([&] { result = expand_pattern("a\\d$", "", {"a1.bak", "a2"}, files, pool); });
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(strings(files.begin(), files.end()), strings{"a2"});
+}
+
+TEST(ExpandPattern, RewritesTheDigitClassForEveryName) {
+  string_pool pool;
+  std::vector<const char*> files;
+  ASSERT_EQ(expand_pattern("a[0-9]", "", {"a1", "a2", "b"}, files, pool), 0);
+  EXPECT_EQ(files.size(), 2u);
+}
+
+}  // namespace
+}  // namespace ocpan
