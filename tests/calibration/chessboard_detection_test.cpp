@@ -1,5 +1,6 @@
 #include "calibration/chessboard_detection.h"
 
+#include <cmath>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -87,6 +88,7 @@ std::string picture_line(int camera, int frame, const std::string& end) {
 }
 
 TEST(FrameSets, CopyTheConfiguration) {
+  const working_folder folder;
   set_config set;
   set.set_prefix = "pair";
   set.cameras = {camera_of(3, "bp"), camera_of(1, "m")};
@@ -133,18 +135,45 @@ TEST(DetectBoards, FindsEachCornerToAFractionOfAPixel) {
   EXPECT_EQ(met, 12);
 }
 
-TEST(DetectBoards, KeepsTheDetectorsOrder) {
+TEST(DetectBoards, RefinesTheDetectorsCornersInItsOrder) {
   const working_folder folder;
-  const detection got({camera_of(1, "b")});
+  const set_camera camera = camera_of(1, "b");
+  // Seen aslant, blurred and noisy, so that window and criteria of the refinement show.
+  const std::vector<cv::Point2f> upright{{30, 20}, {120, 20}, {120, 92}, {30, 92}};
+  const std::vector<cv::Point2f> aslant{{32, 17}, {117, 27}, {126, 95}, {25, 90}};
+  cv::Mat picture;
+  cv::warpPerspective(board_picture(30, 20), picture, cv::getPerspectiveTransform(upright, aslant),
+                      {width, height}, cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+  cv::GaussianBlur(picture, picture, {}, 1.0);
+  cv::Mat noise(height, width, CV_8UC1);
+  cv::RNG(1).fill(noise, cv::RNG::UNIFORM, 0, 20);
+  picture += noise;
+  ASSERT_TRUE(cv::imwrite("b.png", picture));
+  const detection got({camera});
   const board_view& view = got.frames().at(0).at(0);
   std::vector<cv::Point2f> corners;
-  ASSERT_TRUE(cv::findChessboardCorners(board_picture(30, 20), {4, 3}, corners, 3));
-  cv::cornerSubPix(board_picture(30, 20), corners, {3, 3}, {-1, -1}, {3, 1000, 0.001});
+  ASSERT_TRUE(cv::findChessboardCorners(picture, {4, 3}, corners, 3));
+  cv::cornerSubPix(picture, corners, {3, 3}, {-1, -1}, {3, 1000, 0.001});
   ASSERT_EQ(view.corners.cols(), 12);
   for (int k = 0; k < 12; ++k) {
     EXPECT_EQ(view.corners(0, k), corners[static_cast<std::size_t>(k)].x);
     EXPECT_EQ(view.corners(1, k), corners[static_cast<std::size_t>(k)].y);
   }
+}
+
+TEST(DetectBoards, FindsABoardInVeryUnevenLight) {
+  const working_folder folder;
+  const set_camera camera = camera_of(1, "b");
+  // The light falls to 1/1800 from left to right. Fails without either of the two flags.
+  cv::Mat picture = board_picture(30, 20);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const double paper = picture.at<uchar>(y, x) > 128 ? 240 : 6;
+      picture.at<uchar>(y, x) = cv::saturate_cast<uchar>(paper * std::exp(-7.5 * x / width));
+    }
+  }
+  ASSERT_TRUE(cv::imwrite("b.png", picture));
+  EXPECT_TRUE(detection({camera}).frames()[0][0].found);
 }
 
 TEST(DetectBoards, TellsAndDrawsEachPicture) {

@@ -166,6 +166,9 @@ TEST(QaRatios, AreZeroWithoutASet) {
   EXPECT_EQ(ratios_of(report, 1000, 10000), std::vector<double>{0.0});
   EXPECT_EQ(report.minimum_dist_ratio, 0);
   EXPECT_EQ(report.total_dist_ratio, 0);
+  report.max_distance = infinity;  // makes a total that isn't 0
+  static_cast<void>(ratios_of(report, 1000, 10000));
+  EXPECT_EQ(report.minimum_dist_ratio, 0);
 }
 
 // Three sets: camera 0 alone, the pair 0 and 1, and a triple that found no board.
