@@ -102,6 +102,37 @@ OCPAN_API int ocPAN_PolyFromCalibration(const char* cal_file_name, const char* m
                                         const char* output_prefix, float sphere_radius,
                                         int use_file_class);
 
+/* Unrolls a square picture into a rectangle: columns sweep the full circle from a quarter
+ * turn on, rows go from the inscribed circle to the centre. The corners are lost.
+ *
+ *   input_file    a square picture in any format that OpenCV reads
+ *   output_file   the rectangle, in the format of its ending (".png"); a place that can't
+ *                 be written to goes unreported. It is emptied before the input is read,
+ *                 so it can't be the input file
+ *   width         17 to 16384 pixels
+ *   height        17 to 16384 pixels
+ *
+ * OCPAN_INPUT: no picture in input_file. OCPAN_INVALID: a size out of range, a null name,
+ * a picture that isn't square. OCPAN_FAILURE: the ending of output_file is unknown.
+ */
+OCPAN_API int ocPAN_CreateOsd(const char* input_file, const char* output_file, int width,
+                              int height);
+
+/* Turns mask pictures into raw weight masks. Each is one file of the picture's size: row
+ * after row of 16-bit little-endian samples without a header, 0 outside the mask and up to
+ * 1023 at its deepest point. Pixels whose grey is above 128 are the mask, and all beyond
+ * the picture is outside.
+ *
+ *   count          1 to 8
+ *   input_files    count names of pictures in any format that OpenCV reads
+ *   output_files   count names of masks, replaced
+ *
+ * Ends at the first failure; the masks written before stay. OCPAN_MALFORMED: an input that
+ * is missing or no picture. OCPAN_OUTPUT: an output that can't be opened, or no memory for
+ * it. OCPAN_INPUT: a mask that can't be written. OCPAN_INVALID: the count, or a null name.
+ */
+OCPAN_API int ocPAN_MaskTransform(int count, const char** input_files, const char** output_files);
+
 /* Writes the version, "V1.5.2", into buffer.
  *
  *   buffer   at least 128 bytes; null gives OCPAN_FAILURE

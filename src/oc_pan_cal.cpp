@@ -1,12 +1,16 @@
 #include "include/oc_pan_cal.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <span>
 
 #include "src/calibrate.h"
 #include "src/guard.h"
 #include "src/result_codes.h"
 #include "src/round_half_away.h"
 #include "tables/lookup_tables.h"
+#include "tables/mask_transform.h"
+#include "tables/overlay.h"
 #include "tables/polygons.h"
 
 using namespace ocpan;
@@ -36,6 +40,19 @@ int ocPAN_PolyFromCalibration(const char* cal_file_name, const char* mask_prefix
     return map_result(generate_polygons(cal_file_name, mask_prefix, output_prefix, sphere_radius,
                                         use_file_class != 0));
   });
+}
+
+int ocPAN_CreateOsd(const char* input_file, const char* output_file, int width, int height) {
+  return guarded([&] { return create_overlay(input_file, output_file, width, height); });
+}
+
+int ocPAN_MaskTransform(int count, const char** input_files, const char** output_files) {
+  if (count < 1 || count > 8 || !input_files || !output_files) return OCPAN_INVALID;
+  const std::span<const char* const> inputs(input_files, static_cast<std::size_t>(count));
+  const std::span<const char* const> outputs(output_files, static_cast<std::size_t>(count));
+  const auto holds_null = [](auto names) { return std::ranges::count(names, nullptr) != 0; };
+  if (holds_null(inputs) || holds_null(outputs)) return OCPAN_INVALID;
+  return guarded([&] { return transform_masks(inputs, outputs); });
 }
 
 int ocPAN_Version(char* buffer) {
