@@ -38,6 +38,7 @@ fixture_description noiseless() {
   fixture_description fixture;
   fixture.noise = 0;
   fixture.vignetting = 0;
+  fixture.bright = 216;  // so that plain grey is 128
   return fixture;
 }
 
