@@ -80,7 +80,7 @@ cal_child_end run_and_show(const cal_options& options, const std::string& progra
       bar.clear();
       write_line(line);
     }
-    if (progress.named() > 0) {
+    if (!progress.step().empty() && progress.named() > 0) {
       bar.show(bar_text(progress.done(), progress.named(), "pictures") + "  " + progress.step());
     }
   });

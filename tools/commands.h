@@ -4,8 +4,14 @@
 
 namespace ocpan {
 
-// Each adds one command to the tool, with its options, its help and its examples. A command
-// that runs leaves its exit code in `exit_code`.
+// Each adds one command to the tool, or to a command that has commands of its own, with its
+// options, its help and its examples. A command that runs leaves its exit code in
+// `exit_code`.
+void add_cal_command(CLI::App& tool, int& exit_code);
+void add_cal_child_command(CLI::App& tool, int& exit_code);
+void add_cal_command(CLI::App& tool, int& exit_code);
+void add_simulate_command(CLI::App& tool, int& exit_code);
+void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
 void add_version_command(CLI::App& tool, int& exit_code);
 
 }  // namespace ocpan

@@ -12,6 +12,9 @@ int run(int argc, char** argv) {
   tool.get_formatter()->label("Subcommands", "Commands");
   tool.footer("oc_pan COMMAND --help tells more of a command, with examples.");
   int exit_code = 0;
+  ocpan::add_cal_command(tool, exit_code);
+  ocpan::add_cal_child_command(tool, exit_code);
+  ocpan::add_simulate_command(tool, exit_code);
   ocpan::add_version_command(tool, exit_code);
   try {
     tool.parse(argc, argv);

@@ -20,14 +20,14 @@ TEST(Tool, TellsTheVersionsThatAreLinked) {
 TEST(Tool, ListsItsCommands) {
   const tool_run run = run_tool("--help");
   EXPECT_EQ(run.code, 0);
-  for (const char* command : {"\n  version "}) {
+  for (const char* command : {"\n  cal ", "\n  simulate ", "\n  version "}) {
     EXPECT_NE(run.out.find(command), std::string::npos) << command;
   }
   EXPECT_EQ(run.out.find("call-"), std::string::npos) << "a hidden command shows";
 }
 
 TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
-  for (const std::string command : {"version"}) {
+  for (const std::string command : {"cal", "simulate", "simulate preset", "version"}) {
     const tool_run run = run_tool(command + " --help");
     EXPECT_EQ(run.code, 0) << command;
     const std::size_t examples = run.out.find("\nExample");
@@ -37,7 +37,8 @@ TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
 }
 
 TEST(Tool, EndsWith64OnWrongUsage) {
-  for (const char* arguments : {"", "nonsense", "version extra", "--nope"}) {
+  for (const char* arguments : {"", "nonsense", "version extra", "simulate", "simulate preset",
+                                "cal", "cal a b", "cal a --nope", "cal a --json", "--nope"}) {
     const tool_run run = run_tool(arguments);
     EXPECT_EQ(run.code, 64) << arguments;
     EXPECT_EQ(run.out, "") << arguments;

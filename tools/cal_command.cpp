@@ -1,0 +1,51 @@
+#include <memory>
+
+#include "platform/child_process.h"
+#include "tools/cal_child.h"
+#include "tools/cal_run.h"
+#include "tools/commands.h"
+#include "tools/messages.h"
+
+namespace ocpan {
+namespace {
+
+constexpr const char* footer =
+    R"(CONFIG names the pictures, the cameras and the board; its relative names start from
+the working folder. The calibration goes to its output_filename, with two reports
+beside it; pictures of the boards found go to the folder tmp in the working folder.
+
+Examples:
+  oc_pan cal rig.txt
+  oc_pan cal rig.txt --quiet --json rig.json
+
+Exit codes:
+  0    done, the files are written
+  1    a camera of the configuration is incomplete
+  2    an input can't be opened, or a picture is unusable
+  3    an output can't be opened or written
+  4    the configuration or an input is malformed
+  5    out of memory
+  6    a value is out of range (2 to 8 cameras), or no configuration is there
+  64   wrong usage
+  70   the child process couldn't be started, or ended without a result
+  130  interrupted; other codes above 128 are 128 and the signal that ended the run
+  255  internal failure)";
+
+}  // namespace
+
+void add_cal_command(CLI::App& tool, int& exit_code) {
+  const auto options = std::make_shared<cal_options>();
+  CLI::App* command =
+      tool.add_subcommand("cal", "Calibrate a rig from series of chessboard pictures");
+  command->add_option("CONFIG", options->configuration, "The calibration's configuration file")
+      ->type_name("FILE")
+      ->required();
+  command->add_flag("-q,--quiet", options->quiet,
+                    "Leave out the library's lines; the progress bar and the table stay");
+  command->add_option("--json", options->json, "Write result and measures to this file")
+      ->type_name("FILE");
+  command->footer(footer);
+  command->callback([options, &exit_code] { exit_code = run_cal(*options, own_program()); });
+}
+
+}  // namespace ocpan

@@ -1,0 +1,16 @@
+
+#include "tools/commands.h"
+
+namespace ocpan {
+
+void add_simulate_command(CLI::App& tool, int& exit_code) {
+  CLI::App* command =
+      tool.add_subcommand("simulate", "Make pictures of a rig whose truth is known");
+  command->require_subcommand(1);
+  command->footer(R"(Examples:
+  oc_pan simulate preset 3-lens0 --out rig.json
+  oc_pan simulate preset 4-lens1 > rig.json)");
+  add_simulate_preset_command(*command, exit_code);
+}
+
+}  // namespace ocpan
