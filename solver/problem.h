@@ -50,12 +50,12 @@ struct shot_reference {
   Eigen::Index first_weight;  // N weights per camera entry follow one another
 };
 
-// What a solve works on and never changes.
+// What a solve works on and never changes. Holds the groups by reference.
 struct solver_problem {
   const std::vector<view_group>& groups;
-  const std::vector<constraint_term>& camera_terms;
-  const std::vector<pose_term>& pose_terms;
-  const solve_settings& settings;
+  std::vector<constraint_term> camera_terms;
+  std::vector<pose_term> pose_terms;
+  solve_settings settings;
   column_layout layout;
   std::vector<touched_cameras> touched;  // per group
   std::vector<shot_reference> shots;     // of all groups, in order
