@@ -73,6 +73,7 @@ typedef struct qa_summary {
  * written; the printed lines say why. Reports that can't be written fail nothing.
  */
 OCPAN_API int ocPAN_Cal(const char* config_file, qa_summary* summary);
+
 /* Makes the lookup table of every camera for the stitching device: for each direction of a
  * cube around the rig the position in the camera's picture and the camera's weight there.
  * Prints nothing unless it fails. Stops at the first camera that fails; the files of those

@@ -32,11 +32,10 @@ int write_camera_lut(const cal& calibration, std::uint64_t camera,
                      const std::string& output_name) {
   std::vector<point_block> positions;
   if (const int result = calibration.cam_project(directions, camera, positions)) return result;
+  const int width = calibration.cam_width(camera);
+  const int height = calibration.cam_height(camera);
   cv::Mat mask;
-  if (const int result = read_image(mask, mask_name.c_str(), 0, calibration.cam_width(camera),
-                                    calibration.cam_height(camera))) {
-    return result;
-  }
+  if (const int result = read_image(mask, mask_name.c_str(), 0, width, height)) return result;
   std::ofstream out = open_output(output_name, std::ios::binary);
   if (!out) {
     print_line("Error opening output file: ", output_name);

@@ -22,11 +22,10 @@ static_assert(std::endian::native == std::endian::little,
 // Makes and writes the polygon of one camera.
 int write_camera_polygon(const cal& calibration, std::uint64_t camera, const std::string& mask_name,
                          const std::string& output_name) {
+  const int width = calibration.cam_width(camera);
+  const int height = calibration.cam_height(camera);
   cv::Mat mask;
-  if (const int result = read_image(mask, mask_name.c_str(), 0, calibration.cam_width(camera),
-                                    calibration.cam_height(camera))) {
-    return result;
-  }
+  if (const int result = read_image(mask, mask_name.c_str(), 0, width, height)) return result;
   const std::vector<Eigen::Vector2d> hull = coarse_hull(mask);
   if (hull.empty()) {
     print_line("No mask pixels in: ", mask_name);
