@@ -74,6 +74,30 @@ typedef struct qa_summary {
  */
 OCPAN_API int ocPAN_Cal(const char* config_file, qa_summary* summary);
 
+/* Refines a calibration on the production line, from one picture per camera taken inside a
+ * sphere with a checker pattern. The rig stands at the sphere's centre, and neighbouring
+ * pictures must overlap. Nobody else may call the C library's rand() meanwhile if the same
+ * pictures are to give the same result.
+ *
+ *   camera_count       2 to 8, the number of cameras in the calibration
+ *   calibration_path   a file of ocPAN_Cal, lengths in millimetres
+ *   output_path        the refined calibration, written only on success
+ *   fixture_radius     0.2 to 20, metres
+ *   image_paths        camera_count pictures in camera order, of the calibration's sizes
+ *   results            out, 3 numbers: the largest and the mean reprojection error in
+ *                      pixels, and how many points they were taken from; to be read only
+ *                      on success; null if nobody wants them
+ *
+ * Writes debug pictures and the report "Prod_QA_Measures.txt" to ".\tmp\".
+ *
+ * OCPAN_FAILURE: a picture without a corner of the pattern, or a camera that nothing seen
+ * connects with the first one. A search that finds no agreement doesn't fail: judge the
+ * result by its errors.
+ */
+OCPAN_API int ocPAN_CalProd(unsigned int camera_count, const char* calibration_path,
+                            const char* output_path, float fixture_radius,
+                            const char* const* image_paths, double* results);
+
 /* Makes the lookup table of every camera for the stitching device: for each direction of a
  * cube around the rig the position in the camera's picture and the camera's weight there.
  * Prints nothing unless it fails. Stops at the first camera that fails; the files of those

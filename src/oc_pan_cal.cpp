@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <span>
 
+#include "production/production_run.h"
 #include "src/calibrate.h"
+#include "src/console.h"
 #include "src/guard.h"
 #include "src/result_codes.h"
 #include "src/round_half_away.h"
@@ -18,6 +20,27 @@ using namespace ocpan;
 int ocPAN_Cal(const char* config_file, qa_summary* summary) {
   if (!config_file) return OCPAN_INVALID;
   return guarded([&] { return map_result(calibrate(config_file, summary)); });
+}
+
+int ocPAN_CalProd(unsigned int camera_count, const char* calibration_path, const char* output_path,
+                  float fixture_radius, const char* const* image_paths, double* results) {
+  if (camera_count < 2 || camera_count > 8 || !calibration_path || !output_path) {
+    return OCPAN_INVALID;
+  }
+  const double radius = fixture_radius;
+  if (!(radius >= 0.2 && radius <= 20.0)) {
+    return guarded([&] {
+      print_line("fixture_radius :0.2~20,current value:", fixture_radius);
+      return OCPAN_INVALID;
+    });
+  }
+  if (!image_paths) return OCPAN_INVALID;
+  const std::span<const char* const> images(image_paths, camera_count);
+  if (std::ranges::count(images, nullptr) != 0) return OCPAN_INVALID;
+  return guarded([&] {
+    return map_result(
+        calibrate_in_fixture(calibration_path, output_path, fixture_radius, images, results));
+  });
 }
 
 int ocPAN_LutFromCalibration(const char* cal_file_name, const char* mask_prefix,
