@@ -8,6 +8,7 @@
 #include <source_location>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -33,7 +34,9 @@ void complain(const char* message, std::source_location where = std::source_loca
 class mask_file {
  public:
   explicit mask_file(const char* name)
-      : name_(native_path(name)), file_(std::fopen(name_.c_str(), "wb")) {}
+      : name_(native_path(name)), buffer_(buffer_bytes), file_(std::fopen(name_.c_str(), "wb")) {
+    if (file_) std::setvbuf(file_, buffer_.data(), _IOFBF, buffer_.size());
+  }
   ~mask_file() {
     if (!file_) return;
     std::fclose(file_);
@@ -49,7 +52,11 @@ class mask_file {
   void keep() { kept_ = true; }
 
  private:
+  // A row of a mask is larger than the C library's own buffer, and would be two writes.
+  static constexpr std::size_t buffer_bytes = 1 << 16;
+
   std::string name_;
+  std::vector<char> buffer_;
   std::FILE* file_;
   bool kept_ = false;
 };
@@ -71,10 +78,10 @@ cv::Mat read_grey(const char* name) {
 }
 
 void fill_luminance(const weight_map& map, const YUV_PICTURE& picture) {
-  auto* sample = reinterpret_cast<std::uint16_t*>(picture.pVirAddr[Y_INDEX]);
-  for (int row = 0; row < map.distance.rows; ++row) {
+  auto* samples = reinterpret_cast<std::uint16_t*>(picture.pVirAddr[Y_INDEX]);
+  for (int row = 0; row < map.distance.rows; ++row, samples += map.distance.cols) {
     for (int column = 0; column < map.distance.cols; ++column) {
-      *sample++ = static_cast<std::uint16_t>(weight_at(map, row, column));
+      samples[column] = static_cast<std::uint16_t>(weight_at(map, row, column));
     }
   }
 }
