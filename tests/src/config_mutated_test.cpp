@@ -123,7 +123,7 @@ TEST_F(MutatedConfig, EndsWithAResultAndSoundRecords) {
   mutator random;
   int good = 0;
   int bad = 0;
-  for (int i = 0; i < 1500; ++i) {
+  for (int i = 0; i < 400; ++i) {
     const std::string text = random.mutated(sound);
     write_file("rig.txt", text);
     const config_run run = run_config_file("rig.txt");
@@ -138,8 +138,8 @@ TEST_F(MutatedConfig, EndsWithAResultAndSoundRecords) {
       }
     }
   }
-  EXPECT_GT(good, 50);
-  EXPECT_GT(bad, 500);
+  EXPECT_GT(good, 10);
+  EXPECT_GT(bad, 100);
 }
 
 TEST_F(MutatedConfig, EndsForPiecesOfLinesInAnyOrder) {
@@ -166,14 +166,14 @@ TEST_F(MutatedConfig, EndsForPiecesOfLinesInAnyOrder) {
   const std::string starts[] = {"", "camera_info:\n", "camera_info:\ncalibration_sets:\n"};
   std::mt19937 random(11);
   int runs = 0;
-  for (; runs < 1500; ++runs) {
+  for (; runs < 400; ++runs) {
     std::string text = starts[runs % 3];
     for (std::size_t n = random() % 30; n > 0; --n) text += pieces[random() % std::size(pieces)];
     write_file("rig.txt", text);
     const config_run run = run_config_file("rig.txt");
     EXPECT_TRUE(run.result == 7 || run.printed != "") << text;
   }
-  EXPECT_EQ(runs, 1500);
+  EXPECT_EQ(runs, 400);
 }
 
 TEST_F(MutatedConfig, ReadsLinesOfManyKeysInOnePass) {
