@@ -13,18 +13,19 @@ struct table_sample {
   int weight;   // 0 to 1023
 };
 
+// The sample of a face, 0 to 5, in row a and column b, 0 to 255.
 inline table_sample read_table(const std::string& file, std::size_t face, std::size_t a,
                                std::size_t b) {
-  const std::size_t index =
-      face / 3 * 262144 + a / 4 * 4096 + face % 3 * 1024 + b / 8 * 32 + a % 4 * 8 + b % 8;
+  std::size_t index = face / 3 * 262144 + a / 4 * 4096 + face % 3 * 1024;
+  index += b / 8 * 32 + a % 4 * 8 + b % 8;
   std::uint64_t entry = 0;
   for (std::size_t i = 8; i-- > 0;) {
     entry = entry << 8 | static_cast<unsigned char>(file.at(8 * index + i));
   }
   const auto x = static_cast<std::int64_t>(entry) >> 37;
   const auto y = static_cast<std::int64_t>(entry << 27) >> 37;
-  return {static_cast<double>(x) / 8192, static_cast<double>(y) / 8192,
-          static_cast<int>(entry & 1023)};
+  const auto weight = static_cast<int>(entry & 1023);
+  return {static_cast<double>(x) / 8192, static_cast<double>(y) / 8192, weight};
 }
 
 // A component, 0 to 2, of the direction of a vertex, 0 to 127.
