@@ -24,6 +24,8 @@ std::string why_not_writable(std::string_view path) {
   const bool was_there = std::filesystem::exists(file, failure);
   // Opening a pipe or a device just to see could wait for ever, or do something.
   if (was_there && !std::filesystem::is_regular_file(file, failure)) return {};
+  // Making the file that a link names, and taking away the link, would change what is there.
+  if (!was_there && std::filesystem::is_symlink(file, failure)) return {};
   errno = 0;
   std::ofstream probe(file, std::ios::out | std::ios::app);
   if (!probe) {

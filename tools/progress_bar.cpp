@@ -18,7 +18,7 @@ std::string bar_text(int done, int total, const std::string& unit) {
 }
 
 void progress_line::show(const std::string& text) {
-  if (!shown_) return;
+  if (!shown_ || (text.empty() && width_ == 0)) return;
   out_ << '\r' << text;
   if (text.size() < width_) out_ << std::string(width_ - text.size(), ' ');
   out_ << std::flush;

@@ -1,4 +1,5 @@
 #include <array>
+#include <string>
 
 #include <opencv2/core.hpp>
 
@@ -9,22 +10,22 @@
 namespace ocpan {
 namespace {
 
-void print_versions() {
+std::string versions() {
   std::array<char, 128> library = {};
   if (ocPAN_Version(library.data()) != OCPAN_SUCCESS) library[0] = '?';
-  print_line("oc_pan ", OCPAN_TOOL_VERSION);
-  print_line("liboc_pan_cal ", library.data());
-  print_line("OpenCV ", cv::getVersionString());
+  return std::string("oc_pan ") + OCPAN_TOOL_VERSION + "\nliboc_pan_cal " + library.data() +
+         "\nOpenCV " + cv::getVersionString();
 }
 
 }  // namespace
 
 void add_version_command(CLI::App& tool, int& exit_code) {
+  tool.set_version_flag("--version", versions, "Print the versions and exit");
   CLI::App* command =
       tool.add_subcommand("version", "Print the versions of the tool, the library and OpenCV");
   command->footer("Example:\n  oc_pan version");
   command->callback([&exit_code] {
-    print_versions();
+    print_line(versions());
     exit_code = 0;
   });
 }

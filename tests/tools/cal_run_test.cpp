@@ -210,7 +210,7 @@ TEST_F(CalRun, WarnsOfFilesThatABrokenRunLeft) {
   child_does("echo half > rig.cal; kill -KILL $$");
   run();
   EXPECT_EQ(code_, 137);
-  EXPECT_TRUE(has(err_, "perhaps not to their end; don't use them")) << err_;
+  EXPECT_TRUE(has(err_, "perhaps not to their end; don't use rig.cal")) << err_;
 }
 
 TEST_F(CalRun, TellsOfAnInterruption) {
@@ -301,6 +301,53 @@ TEST_F(CalRun, RefusesAJsonFileThatCantBeWritten) {
   run();
   EXPECT_EQ(code_, 3);
   EXPECT_EQ(out_, "");
+}
+
+TEST_F(CalRun, RefusesAJsonFileThatTheCalibrationWrites) {
+  child_does("");
+  for (const char* name : {"rig.cal", "./rig.cal_distance.csv", "tmp/../rig.cal_QA_Measures.txt"}) {
+    options_.json = name;
+    run();
+    EXPECT_EQ(code_, 3) << name;
+    EXPECT_TRUE(has(err_, "--json names a file that the calibration writes")) << err_;
+  }
+}
+
+TEST_F(CalRun, TakesTheMeasuresOfAnEarlierRunAwayAlsoWhenRefused) {
+  child_does("test -e out.json && echo still there");
+  write_file("out.json", "{}");
+  options_.json = "out.json";
+  run();
+  EXPECT_FALSE(has(out_, "still there"));
+  EXPECT_TRUE(std::filesystem::exists("out.json"));
+  write_file("rig.txt", "camera_info:\n");
+  run();
+  EXPECT_EQ(code_, 3);
+  EXPECT_FALSE(std::filesystem::exists("out.json"));
+}
+
+TEST_F(CalRun, TellsOfAnOlderCalibrationWhenOneFails) {
+  write_file("rig.cal", "old");
+  child_does("", {4, {}});
+  run();
+  EXPECT_TRUE(has(err_, "no calibration file was written, rig.cal is of an earlier run")) << err_;
+}
+
+TEST_F(CalRun, WarnsOfDebugPicturesThatWereNotWritten) {
+  child_does(
+      "printf -- '-----------Step 1. Chessboard detection-----------\\n'\n"
+      "printf 'detect .\\\\tmp\\\\a_vid_0_0.jpg chessboard failed\\n'");
+  run();
+  EXPECT_EQ(code_, 0);
+  EXPECT_TRUE(has(err_, "warning: 1 debug pictures couldn't be written to tmp")) << err_;
+}
+
+TEST_F(CalRun, DoesNotWaitForAPipeAfterAFailure) {
+  ASSERT_EQ(std::system("mkfifo pipe"), 0);
+  options_.configuration = "pipe";
+  child_does("", {4, {}});
+  run();
+  EXPECT_EQ(code_, 4);
 }
 
 TEST_F(CalRun, FailsWhenTheJsonFileGetsNoSpace) {

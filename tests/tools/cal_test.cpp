@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -154,8 +155,9 @@ pid_t child_of(pid_t parent) {
 // the tool, or to its child, as soon as both are there.
 tool_run run_and_signal(int number, bool to_child) {
   EXPECT_EQ(mkfifo("pipe", 0600), 0);
+  std::atomic<bool> ended = false;
   std::thread sender([&] {
-    for (int i = 0; i < 2000; ++i) {
+    while (!ended) {
       const pid_t tool = child_of(getpid());
       const pid_t child = tool > 0 ? child_of(tool) : 0;
       if (child > 0 && kill(to_child ? child : tool, number) == 0) return;
@@ -163,6 +165,7 @@ tool_run run_and_signal(int number, bool to_child) {
     }
   });
   const tool_run run = run_tool("cal pipe");
+  ended = true;
   sender.join();
   return run;
 }

@@ -61,6 +61,14 @@ TEST(WhyNotWritable, GivesTheSystemsReason) {
   EXPECT_EQ(reason.find("/proc/new.cal can't be written ("), 0u) << reason;
 }
 
+TEST(WhyNotWritable, LeavesALinkToNothingAsItIs) {
+  const temp_folder folder;
+  std::filesystem::create_symlink("later.cal", folder.file("link"));
+  EXPECT_EQ(why_not_writable(folder.file("link")), "");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("later.cal")));
+}
+
 TEST(WhyNotWritable, LeavesDevicesAlone) { EXPECT_EQ(why_not_writable("/dev/full"), ""); }
 
 }  // namespace

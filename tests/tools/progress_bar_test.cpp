@@ -49,5 +49,12 @@ TEST(ProgressLine, PrintsNothingWhereItIsNotShown) {
   EXPECT_EQ(out.str(), "");
 }
 
+TEST(ProgressLine, LeavesALineWithNothingToShowAlone) {
+  std::ostringstream out;
+  progress_line line(out, true);
+  line.show("");
+  EXPECT_EQ(out.str(), "");
+}
+
 }  // namespace
 }  // namespace ocpan

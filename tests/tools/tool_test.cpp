@@ -6,6 +6,7 @@
 namespace ocpan {
 namespace {
 
+using testing::run_here;
 using testing::run_shell;
 using testing::run_tool;
 using testing::tool_run;
@@ -15,10 +16,11 @@ TEST(Tool, TellsTheVersionsThatAreLinked) {
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out, "oc_pan 1.5.2\nliboc_pan_cal V1.5.2\nOpenCV " + cv::getVersionString() + "\n");
   EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run_here("--version").out, run.out);
 }
 
 TEST(Tool, ListsItsCommands) {
-  const tool_run run = run_tool("--help");
+  const tool_run run = run_here("--help");
   EXPECT_EQ(run.code, 0);
   for (const char* command : {"\n  cal ", "\n  simulate ", "\n  version "}) {
     EXPECT_NE(run.out.find(command), std::string::npos) << command;
@@ -28,7 +30,7 @@ TEST(Tool, ListsItsCommands) {
 
 TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
   for (const std::string command : {"cal", "simulate", "simulate preset", "version"}) {
-    const tool_run run = run_tool(command + " --help");
+    const tool_run run = run_here(command + " --help");
     EXPECT_EQ(run.code, 0) << command;
     const std::size_t examples = run.out.find("\nExample");
     ASSERT_NE(examples, std::string::npos) << command;
@@ -39,12 +41,14 @@ TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
 TEST(Tool, EndsWith64OnWrongUsage) {
   for (const char* arguments : {"", "nonsense", "version extra", "simulate", "simulate preset",
                                 "cal", "cal a b", "cal a --nope", "cal a --json", "--nope"}) {
-    const tool_run run = run_tool(arguments);
+    const tool_run run = run_here(arguments);
     EXPECT_EQ(run.code, 64) << arguments;
     EXPECT_EQ(run.out, "") << arguments;
     EXPECT_NE(run.err.find("--help"), std::string::npos) << arguments;
   }
 }
+
+TEST(Tool, HandsItsExitCodeToTheShell) { EXPECT_EQ(run_tool("nonsense").code, 64); }
 
 TEST(Tool, TellsWhenItsOutputGetsNoSpace) {
   const tool_run run = run_shell("exec \"$0\" version > /dev/full");

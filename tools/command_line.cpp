@@ -1,0 +1,27 @@
+#include "tools/command_line.h"
+
+#include "tools/commands.h"
+#include "tools/messages.h"
+
+namespace ocpan {
+
+int run_command_line(int argc, const char* const* argv) {
+  CLI::App tool("Calibrates multi-camera panorama rigs.", "oc_pan");
+  tool.require_subcommand(1);
+  tool.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  tool.get_formatter()->label("Subcommands", "Commands");
+  tool.footer("oc_pan COMMAND --help tells more of a command, with examples.");
+  int exit_code = 0;
+  add_cal_command(tool, exit_code);
+  add_cal_child_command(tool, exit_code);
+  add_simulate_command(tool, exit_code);
+  add_version_command(tool, exit_code);
+  try {
+    tool.parse(argc, argv);
+  } catch (const CLI::ParseError& usage) {
+    return tool.exit(usage) == 0 ? 0 : exit_wrong_usage;
+  }
+  return exit_code;
+}
+
+}  // namespace ocpan
