@@ -36,14 +36,13 @@ std::vector<std::vector<std::uint64_t>> cameras_of(const std::vector<cal_frame_s
 
 }  // namespace
 
-int calibration_stages(run_report& report, rig& models_out, std::vector<cal_frame_set>& frame_sets,
-                       const rig& initial_models, const std::vector<constraint_term>& constraints) {
+void calibrate_from_boards(run_report& report, rig& models_out,
+                           const std::vector<cal_frame_set>& frame_sets, const board_frames& frames,
+                           const rig& initial_models,
+                           const std::vector<constraint_term>& constraints) {
   const std::size_t cameras = initial_models.size();
   rig models = initial_models;
   run_report unused;
-
-  print_banner("-----------Step 1. Chessboard detection-----------");
-  const board_frames frames = detect_boards(frame_sets);
 
   print_banner("-----------Step 2. Initial lens calibration-----------");
   std::vector<view_group> lens_groups = single_camera_groups(frame_sets, frames, models);
@@ -63,6 +62,13 @@ int calibration_stages(run_report& report, rig& models_out, std::vector<cal_fram
   regroup_by_set(report, shared.groups_per_set, cameras_of(frame_sets));
   print_line("");
   print_line("-----------Model calibration finished!-----------");
+}
+
+int calibration_stages(run_report& report, rig& models_out, std::vector<cal_frame_set>& frame_sets,
+                       const rig& initial_models, const std::vector<constraint_term>& constraints) {
+  print_banner("-----------Step 1. Chessboard detection-----------");
+  const board_frames frames = detect_boards(frame_sets);
+  calibrate_from_boards(report, models_out, frame_sets, frames, initial_models, constraints);
   return code::success;
 }
 

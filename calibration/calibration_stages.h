@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "calibration/board_groups.h"
 #include "calibration/frame_sets.h"
 #include "model/constraint_terms.h"
 #include "model/parameters.h"
@@ -24,5 +25,13 @@ namespace ocpan {
                                      std::vector<cal_frame_set>& frame_sets,
                                      const rig& initial_models,
                                      const std::vector<constraint_term>& constraints);
+
+// The same from boards that were found before.
+//
+//   frames   per set and frame the views, side by side with the set's cameras
+void calibrate_from_boards(run_report& report, rig& models_out,
+                           const std::vector<cal_frame_set>& frame_sets, const board_frames& frames,
+                           const rig& initial_models,
+                           const std::vector<constraint_term>& constraints);
 
 }  // namespace ocpan
