@@ -1,9 +1,9 @@
 #include "calibration/pair_alignment.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
+
+#include <gtest/gtest.h>
 
 #include "model/pose.h"
 

@@ -24,7 +24,9 @@ run_report three_groups() {
 
 TEST(RegroupBySet, PrintsTheBoardsOfEachGroupFromZero) {
   run_report report = three_groups();
-  EXPECT_EQ(testing::printed_by([&] { regroup_by_set(report, {1, 1, 1}, {{0}, {1}, {0, 1}}); }),
+  EXPECT_EQ(testing::printed_by([&] {
+              regroup_by_set(report, {1, 1, 1}, {{0}, {1}, {0, 1}});
+            }),
             "total group : 3\n"
             "2 board to be calculated in 0 group!\n"
             "3 board to be calculated in 1 group!\n"

@@ -1,10 +1,10 @@
 #include "calibration/rig_placement.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "model/pose.h"
 
@@ -55,10 +55,10 @@ void expect_placed(const rig& placed, const placed_rig& truth, double tolerance)
     EXPECT_LT((vector_of(placed[c], H_0) - truth.rotations[c] * vector_of(start, H_0)).norm(),
               1000 * tolerance)
         << c;
-    EXPECT_LT((direction_from_angles(placed[c].at(A_th), placed[c].at(A_ph)) +
-               truth.rotations[c].col(2))
-                  .norm(),
-              tolerance)
+    EXPECT_LT(
+        (direction_from_angles(placed[c].at(A_th), placed[c].at(A_ph)) + truth.rotations[c].col(2))
+            .norm(),
+        tolerance)
         << c;
   }
 }
