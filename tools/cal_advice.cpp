@@ -23,31 +23,43 @@ bool can_be_opened(const std::string& path) {
   return open_input(path).is_open();
 }
 
-void explain_result(int result, const cal_options& options) {
+void explain_by_last_line(const cal_options& options) {
+  std::error_code failure;
+  complain("the library's last line above tells what to correct in ", options.configuration,
+           "; its relative names start from the working folder ",
+           std::filesystem::current_path(failure).string());
+}
+
+// The library says what is wrong with a configuration but in two cases, which it passes
+// over in silence.
+void explain_invalid(const cal_story& story, const cal_options& options) {
+  if (story.last_lines.empty()) {
+    complain("a board has at least 3 by 3 inner corners; correct board_shape in ",
+             options.configuration);
+  } else if (story.progress.named() > 0) {
+    complain("a rig has 2 to 8 cameras; correct camera_info in ", options.configuration);
+  } else {
+    explain_by_last_line(options);
+  }
+}
+
+void explain_result(const cal_story& story, const cal_options& options) {
+  const int result = story.end.reply->result;
   complain("the calibration ended with ", result, ": ", meaning_of(result));
   if (!can_be_opened(options.configuration)) {
     complain("the configuration ", options.configuration,
              " can't be opened; check its name and that it may be read");
     return;
   }
-  std::error_code failure;
   switch (result) {
     case OCPAN_INVALID:
-      complain(
-          "a configuration has 2 to 8 cameras of lens 0, 1 or 2, and boards of at least "
-          "3 by 3 inner corners; correct ",
-          options.configuration);
-      break;
+      return explain_invalid(story, options);
     case OCPAN_OUTPUT:
-      complain("see that the disk isn't full and the folder of output_filename is there");
-      break;
+      return complain("see that the disk isn't full and the folder of output_filename is there");
     case OCPAN_MEMORY:
-      complain("close other programs or give the machine more memory");
-      break;
+      return complain("close other programs or give the machine more memory");
     default:
-      complain("the library's last line above tells what to correct in ", options.configuration,
-               "; its relative names start from the working folder ",
-               std::filesystem::current_path(failure).string());
+      return explain_by_last_line(options);
   }
 }
 
@@ -84,11 +96,25 @@ void tell_of_files(const cal_story& story, int exit_code) {
   }
 }
 
+void warn_of_no_board(const cal_progress& pictures) {
+  const char* const start =
+      "warning: no board was found in any picture, so the calibration holds nothing but its "
+      "start values; ";
+  if (pictures.boards_not_found() == 0 && pictures.unreadable() > 0) {
+    complain(start,
+             "the pictures can't be read: check width and height in camera_info, and the "
+             "library's lines on them");
+  } else {
+    complain(start, "look at the pictures in ", debug_folder,
+             " and check board_shape (inner corners)");
+  }
+}
+
 }  // namespace
 
 void explain_failure(const cal_story& story, const cal_options& options, int exit_code) {
   if (story.end.reply) {
-    explain_result(story.end.reply->result, options);
+    explain_result(story, options);
   } else {
     explain_broken_off(story.end.process);
   }
@@ -108,10 +134,7 @@ void warn_of_doubts(const cal_story& story, const std::string& folder_failure) {
   }
   if (story.end.reply && story.end.reply->result == OCPAN_SUCCESS &&
       story.end.reply->measures.matched_point_count == 0) {
-    complain(
-        "warning: no board was found in any picture, so the calibration holds nothing but "
-        "its start values; look at the pictures in ",
-        debug_folder, " and check board_shape (inner corners)");
+    warn_of_no_board(story.progress);
   }
 }
 

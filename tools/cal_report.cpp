@@ -40,9 +40,11 @@ void print_cal_table(const cal_story& story) {
   print_line("  Matched points                    ", measures.matched_point_count);
   print_line("  Distance ratio, all boards        ", measures.total_dist_ratio);
   print_line("  Distance ratio, least of a set    ", measures.minimum_dist_ratio);
+  const int passed_over = pictures.named() - pictures.boards_found() - pictures.boards_not_found() -
+                          pictures.unreadable();
   print_line("Pictures: ", pictures.named(), ", board found in ", pictures.boards_found(),
-             ", not found in ", pictures.boards_not_found(), ", unreadable ",
-             pictures.unreadable());
+             ", not found in ", pictures.boards_not_found(), ", unreadable ", pictures.unreadable(),
+             ", passed over with them ", passed_over);
   print_files(story);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 
 #include "tools/cal_child.h"
@@ -13,6 +14,7 @@ struct cal_story {
   const cal_child_end& end;
   const cal_progress& progress;
   const cal_outputs& outputs;
+  const std::deque<std::string>& last_lines;  // of the library, without empty ones
 };
 
 // Prints the measures and the files of a run that succeeded.

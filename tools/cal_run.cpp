@@ -87,7 +87,7 @@ int run_cal(const cal_options& options, const std::string& program) {
   cal_progress progress;
   std::deque<std::string> last_lines;
   const cal_child_end end = run_and_show(options, program, progress, last_lines);
-  const cal_story story = {end, progress, outputs};
+  const cal_story story = {end, progress, outputs, last_lines};
   int exit_code = exit_code_of(end);
   if (exit_code != OCPAN_SUCCESS && options.quiet) {
     for (const std::string& line : last_lines) complain("the library said: ", line);

@@ -190,6 +190,37 @@ TEST_F(CalRun, EndsWithTheLibrarysCode) {
   EXPECT_EQ(code_, 255);
 }
 
+TEST_F(CalRun, TellsOfTheBoardWhenTheLibraryIsSilent) {
+  child_does("", {6, {}});
+  run();
+  EXPECT_TRUE(has(err_, "at least 3 by 3 inner corners; correct board_shape in rig.txt")) << err_;
+}
+
+TEST_F(CalRun, TellsOfTheCamerasWhenTheConfigurationWasRead) {
+  child_does("echo '    - set_prefix: a'; echo '     + files (2):'", {6, {}});
+  run();
+  EXPECT_TRUE(has(err_, "a rig has 2 to 8 cameras; correct camera_info in rig.txt")) << err_;
+}
+
+TEST_F(CalRun, PointsToTheLastLineAndTheWorkingFolderOtherwise) {
+  child_does("echo 'Error(2) opening x'", {6, {}});
+  run();
+  EXPECT_TRUE(has(err_,
+                  "last line above tells what to correct in rig.txt; its relative names "
+                  "start from the working folder " +
+                      std::filesystem::current_path().string()))
+      << err_;
+}
+
+TEST_F(CalRun, WarnsOfPicturesOfAnotherSize) {
+  child_does(
+      "echo '-----------Step 1. Chessboard detection-----------'\n"
+      "echo 'Bad or no Image Data for file x'",
+      {0, {}});
+  run();
+  EXPECT_TRUE(has(err_, "check width and height in camera_info")) << err_;
+}
+
 TEST_F(CalRun, TellsOfAConfigurationThatCantBeOpened) {
   std::filesystem::remove("rig.txt");
   child_does("", {6, {}});
