@@ -19,9 +19,12 @@ using Eigen::Vector2d;
 using Eigen::Vector3d;
 
 constexpr double border = 4;           // pixels between a board's margin and the picture's rim
-constexpr double least_spacing = 12;   // pixels between neighbouring corners
+constexpr double least_height = 14;    // pixels across a square
+constexpr double most_stretch = 2.6;   // of a square's longer side to its shorter
+constexpr double least_sine = 0.84;    // of the angle between its sides
 constexpr int choices = 12;            // boards that fit, of which the best placed is taken
-constexpr int most_attempts = 100000;  // for one board
+constexpr int patience = 5000;         // attempts after which any that fit will do
+constexpr int most_attempts = 200000;  // for one board
 
 double radians(double degrees) { return degrees * pi / 180; }
 
@@ -29,24 +32,6 @@ double radians(double degrees) { return degrees * pi / 180; }
 // has a round picture; that of lens 1 reaches a little past the sides, into the corners.
 double field_of(const camera_details& details) {
   return radians(details.hfov / 2) * (details.lens == 1 ? 1.15 : details.lens == 0 ? 1.4 : 1.0);
-}
-
-// Points along the rim of the board's margin, 3 x M.
-Matrix3Xd board_outline(const board_description& board) {
-  constexpr int pieces = 12;
-  const double left = (-1 - board_margin) * board.square;
-  const double right = (board.width + board_margin) * board.square;
-  const double bottom = (board.height + board_margin) * board.square;
-  Matrix3Xd outline(3, 4 * pieces);
-  for (int i = 0; i < pieces; ++i) {
-    const double across = left + (right - left) * i / pieces;
-    const double down = left + (bottom - left) * i / pieces;
-    outline.col(4 * i) = Vector3d(across, left, 0);
-    outline.col(4 * i + 1) = Vector3d(right, down, 0);
-    outline.col(4 * i + 2) = Vector3d(right + left - across, bottom, 0);
-    outline.col(4 * i + 3) = Vector3d(left, bottom + left - down, 0);
-  }
-  return outline;
 }
 
 struct pixel_block {
@@ -79,15 +64,34 @@ bool within_picture(const rig_camera& camera, const pixel_block& pixels) {
       .all();
 }
 
-bool corners_apart(const board_description& board, const pixel_block& pixels) {
-  const auto distance = [&](int a, int b) {
-    return std::hypot(pixels.x[a] - pixels.x[b], pixels.y[a] - pixels.y[b]);
+// Whether every square is large and regular enough for a detector: small slivers cost it
+// a quarter of a minute and are missed in the end.
+bool squares_recognisable(const board_description& board, const pixel_block& pixels) {
+  const auto corner = [&](int i, int j) {
+    const int k = j * board.width + i;
+    return Vector2d(pixels.x[k], pixels.y[k]);
   };
-  for (int k = 0; k < board.width * board.height; ++k) {
-    if (k % board.width != 0 && !(distance(k, k - 1) >= least_spacing)) return false;
-    if (k >= board.width && !(distance(k, k - board.width) >= least_spacing)) return false;
+  for (int j = 0; j + 1 < board.height; ++j) {
+    for (int i = 0; i + 1 < board.width; ++i) {
+      const Vector2d across = corner(i + 1, j) - corner(i, j);
+      const Vector2d down = corner(i, j + 1) - corner(i, j);
+      const double longer = std::max(across.norm(), down.norm());
+      const double shorter = std::min(across.norm(), down.norm());
+      const double area = across.x() * down.y() - across.y() * down.x();
+      if (!(area >= least_height * longer && longer <= most_stretch * shorter &&
+            area >= least_sine * longer * shorter)) {
+        return false;
+      }
+    }
   }
   return true;
+}
+
+bool is_visible(const rig_camera& camera, const board_description& board, const Matrix3Xd& outline,
+                const Matrix3Xd& corners, const ModelPose& pose) {
+  return within_field(camera, outline, pose) &&
+         within_picture(camera, project(outline, camera.model, pose)) &&
+         squares_recognisable(board, project(corners, camera.model, pose));
 }
 
 // The turn about the shortest way that carries one unit vector to another.
@@ -99,7 +103,9 @@ Matrix3d shortest_turn(const Vector3d& from, const Vector3d& to) {
 struct series_scene {
   const rig_description& description;
   const series_description& series;
-  Vector3d board_middle;  // board frame
+  Vector3d board_middle;  // this and the next two in the board's frame
+  Matrix3Xd outline;
+  Matrix3Xd corners;
 
   const rig_camera& camera(std::size_t position) const {
     return description.cameras[series.cameras[position]];
@@ -161,11 +167,21 @@ double spread(const std::vector<Vector2d>& places,
   return nearest;
 }
 
+// Cheap checks come first, for most boards fail.
 bool visible_to_all(const series_scene& scene, const ModelPose& pose) {
-  for (std::size_t i = 0; i < scene.series.cameras.size(); ++i) {
-    if (!board_is_visible(scene.camera(i), scene.description.board, pose)) return false;
-  }
-  return true;
+  const auto all = [&](auto&& holds) {
+    for (std::size_t i = 0; i < scene.series.cameras.size(); ++i) {
+      if (!holds(scene.camera(i))) return false;
+    }
+    return true;
+  };
+  return all([&](const rig_camera& camera) {
+           return within_field(camera, scene.board_middle, pose);
+         }) &&
+         all([&](const rig_camera& camera) { return within_field(camera, scene.outline, pose); }) &&
+         all([&](const rig_camera& camera) {
+           return is_visible(camera, scene.description.board, scene.outline, scene.corners, pose);
+         });
 }
 
 // Of several boards that fit the one farthest from those chosen before (Mitchell's best
@@ -175,6 +191,7 @@ bool place_board(ModelPose& pose, std::vector<std::vector<Vector2d>>& chosen,
   double best = -1;
   std::vector<Vector2d> best_places;
   for (int attempt = 0, fitting = 0; attempt < most_attempts && fitting < choices; ++attempt) {
+    if (fitting > 0 && attempt >= patience) break;
     const ModelPose candidate = random_pose(scene, before, numbers);
     if (!visible_to_all(scene, candidate)) continue;
     ++fitting;
@@ -200,12 +217,26 @@ Matrix3Xd board_points(const board_description& board) {
   return points;
 }
 
+Matrix3Xd board_outline(const board_description& board) {
+  constexpr int pieces = 12;
+  const double left = (-1 - board_margin) * board.square;
+  const double right = (board.width + board_margin) * board.square;
+  const double bottom = (board.height + board_margin) * board.square;
+  Matrix3Xd outline(3, 4 * pieces);
+  for (int i = 0; i < pieces; ++i) {
+    const double across = left + (right - left) * i / pieces;
+    const double down = left + (bottom - left) * i / pieces;
+    outline.col(4 * i) = Vector3d(across, left, 0);
+    outline.col(4 * i + 1) = Vector3d(right, down, 0);
+    outline.col(4 * i + 2) = Vector3d(right + left - across, bottom, 0);
+    outline.col(4 * i + 3) = Vector3d(left, bottom + left - down, 0);
+  }
+  return outline;
+}
+
 bool board_is_visible(const rig_camera& camera, const board_description& board,
                       const ModelPose& pose) {
-  const Matrix3Xd outline = board_outline(board);
-  if (!within_field(camera, outline, pose)) return false;
-  if (!within_picture(camera, project(outline, camera.model, pose))) return false;
-  return corners_apart(board, project(board_points(board), camera.model, pose));
+  return is_visible(camera, board, board_outline(board), board_points(board), pose);
 }
 
 std::string place_boards(series_poses& poses, const rig_description& description) {
@@ -214,7 +245,8 @@ std::string place_boards(series_poses& poses, const rig_description& description
   const Vector3d middle =
       Vector3d((board.width - 1) * 0.5, (board.height - 1) * 0.5, 0) * board.square;
   for (std::size_t s = 0; s < description.sets.size(); ++s) {
-    const series_scene scene{description, description.sets[s], middle};
+    const series_scene scene{description, description.sets[s], middle, board_outline(board),
+                             board_points(board)};
     random_numbers numbers(description.seed, s);
     std::vector<std::vector<Vector2d>> chosen;
     std::vector<ModelPose>& series = poses.emplace_back();

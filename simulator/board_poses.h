@@ -24,14 +24,18 @@ using series_corners = std::vector<std::vector<std::vector<Eigen::Matrix2Xd>>>;
 // squares. Seen from the side that bears the pattern x runs to the right and y down.
 Eigen::Matrix3Xd board_points(const board_description& board);
 
+// Points along the rim of the board's margin, in the board's frame, 3 x M.
+Eigen::Matrix3Xd board_outline(const board_description& board);
+
 // Chooses where the boards of all sets stand. Each board lies with its margin inside the
-// pictures of all cameras of its set, is tilted and rolled within the limits, keeps its
-// corners far enough apart to be found, and the boards of a set spread over the pictures.
+// pictures of all cameras of its set, is tilted and rolled within the limits and keeps its
+// squares large and regular enough to be found, and the boards of a set spread over the
+// pictures.
 // Depends on the description alone. Gives an error text, empty if all boards found a place.
 [[nodiscard]] std::string place_boards(series_poses& poses, const rig_description& description);
 
 // Whether a board at a pose lies within the picture and the field of a camera, with its
-// margin and with corners far enough apart.
+// margin and with squares large and regular enough to be found.
 bool board_is_visible(const rig_camera& camera, const board_description& board,
                       const ModelPose& pose);
 

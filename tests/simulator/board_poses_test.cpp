@@ -68,10 +68,20 @@ TEST(BoardIsVisible, WithItsMarginInThePicture) {
   EXPECT_FALSE(board_is_visible(plain_camera(), board, pose));
 }
 
-TEST(BoardIsVisible, OnlyWithCornersTwelvePixelsApart) {
+TEST(BoardIsVisible, OnlyWithSquaresFourteenPixelsHigh) {
   const board_description board;
-  EXPECT_TRUE(board_is_visible(plain_camera(), board, facing(25 * 500 / 12.1)));
-  EXPECT_FALSE(board_is_visible(plain_camera(), board, facing(25 * 500 / 11.9)));
+  EXPECT_TRUE(board_is_visible(plain_camera(), board, facing(25 * 500 / 14.1)));
+  EXPECT_FALSE(board_is_visible(plain_camera(), board, facing(25 * 500 / 13.9)));
+}
+
+TEST(BoardIsVisible, NotAtAGlance) {
+  // Tilted by 70 degrees a square of 41 pixels is 14 high but three times as wide.
+  const board_description board{3, 3, 25.0};
+  const auto tilted = [](double degrees) {
+    return ModelPose{Eigen::Vector3d(pi - degrees * pi / 180, 0, 0), Eigen::Vector3d(0, 0, -250)};
+  };
+  EXPECT_TRUE(board_is_visible(plain_camera(), board, tilted(50)));
+  EXPECT_FALSE(board_is_visible(plain_camera(), board, tilted(70)));
 }
 
 TEST(BoardIsVisible, NotBehindTheCamera) {

@@ -83,7 +83,7 @@ TEST(Presets, HoldTheFiveRigsThatCalibrationsAreJudgedBy) {
                                 {"4-lens1", 4, 8, 8, 1, 1280, 960, 190},
                                 {"4-lens1-off-axis", 4, 8, 8, 1, 1280, 960, 190},
                                 {"8-lens1", 8, 16, 8, 1, 960, 720, 110},
-                                {"2-lens2", 2, 3, 12, 2, 1280, 1280, 220}};
+                                {"2-lens2", 2, 3, 12, 2, 1600, 1600, 220}};
   for (const expected_rig& row : table) {
     const rig_description rig = preset(row.name);
     EXPECT_EQ(rig.cameras.size(), row.cameras) << row.name;
