@@ -41,7 +41,8 @@ class PictureFolders : public ::testing::Test {
     for (const char* name : {"b1.png", "a2.png", "A1.png", "a1.bak"}) {
       write_file(std::filesystem::path("rig/left") / name, "");
     }
-    for (const char* name : {"xB1.png", "xA1.png", "xa2.png"}) {
+    for (const char* name :
+         {"xD1.png", "xB1.png", "xA1.png", "xa2.png", "xc2.png", "xb2.png", "xC1.png"}) {
       write_file(std::filesystem::path("rig/left") / name, "");
     }
     for (const char* name : {"a7.png", "a3.png", "xd1.png"}) {
@@ -71,7 +72,9 @@ TEST_F(PictureFolders, AreSortedWithoutRegardToCase) {
       run_sets("- cameras: [1]\n  subdir: 'left'\n  filename_patterns: 'x.\\d\\.png$'\n",
                "base_directory: 'rig'\n");
   EXPECT_EQ(files_of(run.sets.at(0).cameras.at(0)),
-            (strings{"rig\\left\\xA1.png", "rig\\left\\xa2.png", "rig\\left\\xB1.png"}));
+            (strings{"rig\\left\\xA1.png", "rig\\left\\xa2.png", "rig\\left\\xB1.png",
+                     "rig\\left\\xb2.png", "rig\\left\\xC1.png", "rig\\left\\xc2.png",
+                     "rig\\left\\xD1.png"}));
 }
 
 TEST_F(PictureFolders, ServeAllCamerasWithOneSubdirectory) {
