@@ -156,7 +156,8 @@ OCPAN_API int ocPAN_CreateOsd(const char* input_file, const char* output_file, i
  * is missing or no picture. OCPAN_OUTPUT: an output that can't be opened, or no memory for
  * it. OCPAN_INPUT: a mask that can't be written. OCPAN_INVALID: the count, or a null name.
  */
-OCPAN_API int ocPAN_MaskTransform(int count, const char** input_files, const char** output_files);
+OCPAN_API int ocPAN_MaskTransform(int count, const char* const* input_files,
+                                  const char* const* output_files);
 
 /* Writes the version, "V1.5.2", into buffer.
  *

@@ -69,7 +69,8 @@ int ocPAN_CreateOsd(const char* input_file, const char* output_file, int width, 
   return guarded([&] { return create_overlay(input_file, output_file, width, height); });
 }
 
-int ocPAN_MaskTransform(int count, const char** input_files, const char** output_files) {
+int ocPAN_MaskTransform(int count, const char* const* input_files,
+                        const char* const* output_files) {
   if (count < 1 || count > 8 || !input_files || !output_files) return OCPAN_INVALID;
   const std::span<const char* const> inputs(input_files, static_cast<std::size_t>(count));
   const std::span<const char* const> outputs(output_files, static_cast<std::size_t>(count));
