@@ -14,8 +14,11 @@ int run_command_line(int argc, const char* const* argv) {
   int exit_code = 0;
   add_cal_command(tool, exit_code);
   add_cal_child_command(tool, exit_code);
+  add_mask_command(tool, exit_code);
+  add_osd_command(tool, exit_code);
   add_simulate_command(tool, exit_code);
   add_version_command(tool, exit_code);
+  add_view_yuv_command(tool, exit_code);
   try {
     tool.parse(argc, argv);
   } catch (const CLI::ParseError& usage) {

@@ -10,8 +10,11 @@ namespace ocpan {
 void add_cal_command(CLI::App& tool, int& exit_code);
 void add_cal_child_command(CLI::App& tool, int& exit_code);
 void add_cal_command(CLI::App& tool, int& exit_code);
+void add_mask_command(CLI::App& tool, int& exit_code);
+void add_osd_command(CLI::App& tool, int& exit_code);
 void add_simulate_command(CLI::App& tool, int& exit_code);
 void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
 void add_version_command(CLI::App& tool, int& exit_code);
+void add_view_yuv_command(CLI::App& tool, int& exit_code);
 
 }  // namespace ocpan
