@@ -13,6 +13,7 @@ void add_cal_command(CLI::App& tool, int& exit_code);
 void add_mask_command(CLI::App& tool, int& exit_code);
 void add_osd_command(CLI::App& tool, int& exit_code);
 void add_simulate_command(CLI::App& tool, int& exit_code);
+void add_simulate_boards_command(CLI::App& simulate, int& exit_code);
 void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
 void add_version_command(CLI::App& tool, int& exit_code);
 void add_view_yuv_command(CLI::App& tool, int& exit_code);

@@ -9,7 +9,9 @@ void add_simulate_command(CLI::App& tool, int& exit_code) {
   command->require_subcommand(1);
   command->footer(R"(Examples:
   oc_pan simulate preset 3-lens0 --out rig.json
-  oc_pan simulate preset 4-lens1 > rig.json)");
+  oc_pan simulate boards rig.json made
+  oc_pan cal made/calibration.txt)");
+  add_simulate_boards_command(*command, exit_code);
   add_simulate_preset_command(*command, exit_code);
 }
 

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "simulator/presets.h"
@@ -11,6 +13,7 @@ using testing::read_file;
 using testing::run_here;
 using testing::temp_folder;
 using testing::tool_run;
+using testing::write_file;
 
 TEST(SimulatePreset, PrintsTheDescription) {
   rig_description rig;
@@ -53,6 +56,55 @@ TEST(SimulatePreset, NamesThePresetsInItsHelp) {
   for (const std::string& name : preset_names()) {
     EXPECT_NE(run.out.find("\n  " + name + "\n"), std::string::npos) << name;
   }
+}
+
+// A rig of two small cameras with one frame a set.
+std::string small_rig() {
+  rig_description rig;
+  EXPECT_EQ(make_preset(rig, "2-lens0"), "");
+  for (series_description& series : rig.sets) series.frames = 1;
+  return rig_to_json(rig);
+}
+
+TEST(SimulateBoards, WritesPicturesConfigurationAndTruth) {
+  const temp_folder folder;
+  write_file(folder.file("rig.json"), small_rig());
+  const tool_run run =
+      run_here("simulate boards " + folder.file("rig.json") + " " + folder.file("made"));
+  EXPECT_EQ(run.code, 0) << run.err;
+  for (const char* name :
+       {"made/pictures", "made/calibration.txt", "made/truth.cal", "made/rig.json"}) {
+    EXPECT_TRUE(std::filesystem::exists(folder.file(name))) << name;
+    EXPECT_NE(run.out.find(folder.file(name) + "\n"), std::string::npos) << name;
+  }
+}
+
+TEST(SimulateBoards, TellsOfADescriptionThatIsNotThere) {
+  const temp_folder folder;
+  const tool_run run =
+      run_here("simulate boards " + folder.file("rig.json") + " " + folder.file("made"));
+  EXPECT_EQ(run.code, 2);
+  EXPECT_NE(run.err.find("Couldn't open: "), std::string::npos) << run.err;
+  EXPECT_NE(run.err.find("write a new one with oc_pan simulate preset"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("made")));
+}
+
+TEST(SimulateBoards, TellsOfAMalformedDescription) {
+  const temp_folder folder;
+  write_file(folder.file("rig.json"), "{}");
+  const tool_run run =
+      run_here("simulate boards " + folder.file("rig.json") + " " + folder.file("made"));
+  EXPECT_EQ(run.code, 4);
+  EXPECT_NE(run.err.find("; correct " + folder.file("rig.json")), std::string::npos) << run.err;
+}
+
+TEST(SimulateBoards, TellsOfAFileInPlaceOfTheFolder) {
+  const temp_folder folder;
+  write_file(folder.file("rig.json"), small_rig());
+  const tool_run run =
+      run_here("simulate boards " + folder.file("rig.json") + " " + folder.file("rig.json"));
+  EXPECT_EQ(run.code, 3);
+  EXPECT_NE(run.err.find("may be written to, or name another one"), std::string::npos) << run.err;
 }
 
 }  // namespace

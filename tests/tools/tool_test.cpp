@@ -29,7 +29,8 @@ TEST(Tool, ListsItsCommands) {
 }
 
 TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
-  for (const std::string command : {"cal", "simulate", "simulate preset", "version"}) {
+  for (const std::string command :
+       {"cal", "simulate", "simulate boards", "simulate preset", "version"}) {
     const tool_run run = run_here(command + " --help");
     EXPECT_EQ(run.code, 0) << command;
     const std::size_t examples = run.out.find("\nExample");
