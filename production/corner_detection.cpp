@@ -16,10 +16,10 @@ cv::Rect around(int x, int y, int reach, const cv::Size& size) {
   return cv::Rect(x - reach, y - reach, 2 * reach + 1, 2 * reach + 1) & cv::Rect({0, 0}, size);
 }
 
-bool is_peak(const cv::Mat1d& response, int x, int y) {
+bool is_peak(const cv::Mat1f& response, int x, int y) {
   const cv::Rect reach = around(x, y, peak_reach, response.size());
   for (int row = reach.y; row < reach.br().y; ++row) {
-    const double* values = response[row];
+    const float* values = response[row];
     for (int column = reach.x; column < reach.br().x; ++column) {
       if (values[column] > response(y, x)) return false;
     }
@@ -28,7 +28,7 @@ bool is_peak(const cv::Mat1d& response, int x, int y) {
 }
 
 // Appends the centre of gravity of the response around a peak, if there is enough of it.
-void append_candidate(std::vector<cv::Point2d>& candidates, const cv::Mat1d& response, int x,
+void append_candidate(std::vector<cv::Point2d>& candidates, const cv::Mat1f& response, int x,
                       int y) {
   const cv::Rect patch = around(x, y, patch_reach, response.size());
   double sum = 0;
@@ -52,7 +52,7 @@ std::vector<cv::Point2d> detect_corner_candidates(const cv::Mat& picture, corner
   cv::GaussianBlur(picture, scratch.smoothed, cv::Size(5, 5), 1.0, 1.0, cv::BORDER_REFLECT_101);
   scratch.smoothed.convertTo(scratch.picture, CV_32F);
   scratch.maximum.create(picture.size());
-  scratch.maximum.setTo(0.0);
+  scratch.maximum.setTo(0.0F);
   set_local_mean(scratch.picture, scratch);
   for (const int radius : {5, 7, 9, 13}) {
     raise_to_response(scratch.maximum, scratch.picture, radius, scratch);
@@ -60,7 +60,7 @@ std::vector<cv::Point2d> detect_corner_candidates(const cv::Mat& picture, corner
 
   std::vector<cv::Point2d> candidates;
   for (int y = 0; y < picture.rows; ++y) {
-    const double* row = scratch.maximum[y];
+    const float* row = scratch.maximum[y];
     for (int x = 0; x < picture.cols; ++x) {
       if (row[x] >= response_floor && is_peak(scratch.maximum, x, y)) {
         append_candidate(candidates, scratch.maximum, x, y);

@@ -16,14 +16,23 @@ namespace {
 constexpr int ring_samples = 16;
 using ring = std::array<const float*, ring_samples>;
 
-// The ring samples of the first pixel of a row, as pointers into the padded picture.
-ring ring_of_row(const cv::Mat1f& padded, int row, int radius) {
-  ring samples;
+// Where the ring samples of the first pixel of the first row lie in the padded picture.
+std::array<cv::Point, ring_samples> ring_offsets(int radius) {
+  std::array<cv::Point, ring_samples> offsets;
   for (int n = 0; n < ring_samples; ++n) {
     const double angle = n * pi / 8;
-    const int column = radius + static_cast<int>(round_half_away(radius * std::cos(angle)));
-    const int down = radius + static_cast<int>(round_half_away(radius * std::sin(angle)));
-    samples[static_cast<std::size_t>(n)] = padded[row + down] + column;
+    offsets[static_cast<std::size_t>(n)] = {
+        radius + static_cast<int>(round_half_away(radius * std::cos(angle))),
+        radius + static_cast<int>(round_half_away(radius * std::sin(angle)))};
+  }
+  return offsets;
+}
+
+ring ring_of_row(const cv::Mat1f& padded, const std::array<cv::Point, ring_samples>& offsets,
+                 int row) {
+  ring samples;
+  for (std::size_t n = 0; n < samples.size(); ++n) {
+    samples[n] = padded[row + offsets[n].y] + offsets[n].x;
   }
   return samples;
 }
@@ -49,14 +58,14 @@ void respond(float* __restrict out, const ring& i, const float* neighbourhood, c
 
 // Raises one row to its response where one of the eight neighbours has a response too.
 // The rows of the response are readable one pixel beyond both ends.
-void raise_connected(double* maximum, const float* above, const float* row, const float* below,
+void raise_connected(float* maximum, const float* above, const float* row, const float* below,
                      int width) {
   for (int x = 0; x < width; ++x) {
     if (row[x] == 0.0F) continue;
     const bool connected = above[x - 1] != 0.0F || above[x] != 0.0F || above[x + 1] != 0.0F ||
                            row[x - 1] != 0.0F || row[x + 1] != 0.0F || below[x - 1] != 0.0F ||
                            below[x] != 0.0F || below[x + 1] != 0.0F;
-    if (connected) maximum[x] = std::max(maximum[x], static_cast<double>(row[x]));
+    if (connected) maximum[x] = std::max(maximum[x], row[x]);
   }
 }
 
@@ -67,7 +76,7 @@ void set_local_mean(const cv::Mat1f& picture, corner_scratch& scratch) {
                cv::BORDER_REFLECT_101);
 }
 
-void raise_to_response(cv::Mat1d& maximum, const cv::Mat1f& picture, int radius,
+void raise_to_response(cv::Mat1f& maximum, const cv::Mat1f& picture, int radius,
                        corner_scratch& scratch) {
   auto& [padded, neighbourhood] = scratch.of_radius[radius];
   cv::copyMakeBorder(picture, padded, radius, radius, radius, radius, cv::BORDER_REPLICATE);
@@ -81,9 +90,10 @@ void raise_to_response(cv::Mat1d& maximum, const cv::Mat1f& picture, int radius,
   const auto response_row = [&](int y) {
     return &scratch.rows[static_cast<std::size_t>((y + 1) % 3) * stride + 1];
   };
+  const auto offsets = ring_offsets(radius);
   for (int y = 0; y <= picture.rows; ++y) {
     if (y < picture.rows) {
-      respond(response_row(y), ring_of_row(padded, y, radius), neighbourhood[y],
+      respond(response_row(y), ring_of_row(padded, offsets, y), neighbourhood[y],
               scratch.local_mean[y], width);
     } else {
       std::fill_n(response_row(y), width, 0.0F);
@@ -96,10 +106,10 @@ void raise_to_response(cv::Mat1d& maximum, const cv::Mat1f& picture, int radius,
 }
 
 cv::Mat1d corner_response(const cv::Mat1f& picture, int radius, corner_scratch& scratch) {
-  cv::Mat1d response = cv::Mat1d::zeros(picture.size());
+  cv::Mat1f response = cv::Mat1f::zeros(picture.size());
   set_local_mean(picture, scratch);
   raise_to_response(response, picture, radius, scratch);
-  return response;
+  return cv::Mat1d(response);
 }
 
 }  // namespace ocpan

@@ -21,7 +21,7 @@ struct corner_scratch {
   cv::Mat smoothed;         // the 8-bit picture, blurred
   cv::Mat1f picture;        // the same in single precision
   cv::Mat1f local_mean;     // mean of each pixel and its four direct neighbours
-  cv::Mat1d maximum;        // largest response over the radii
+  cv::Mat1f maximum;        // largest response over the radii
   std::vector<float> rows;  // three rows of a response, with a zero at both ends of each
   cv::Mat1d plus = (cv::Mat1d(3, 3) << 0.0, 0.2, 0.0, 0.2, 0.2, 0.2, 0.0, 0.2, 0.0);
 };
@@ -44,9 +44,9 @@ cv::Mat1d corner_response(const cv::Mat1f& picture, int radius, corner_scratch& 
 // The parts of it, for several radii over one picture: sets scratch.local_mean, which is
 // the same for all radii; then raises the pixels of maximum to the response of a radius.
 //
-//   maximum   of the picture's size, 0 or above
+//   maximum   of the picture's size, 0 or above; single precision holds a response exactly
 void set_local_mean(const cv::Mat1f& picture, corner_scratch& scratch);
-void raise_to_response(cv::Mat1d& maximum, const cv::Mat1f& picture, int radius,
+void raise_to_response(cv::Mat1f& maximum, const cv::Mat1f& picture, int radius,
                        corner_scratch& scratch);
 
 }  // namespace ocpan

@@ -149,13 +149,13 @@ TEST(CornerResponse, RaisesAMaximumOnlyWhereItIsHigher) {
   corner_scratch scratch;
   const cv::Mat1f picture = diagonal_crossing();
   set_local_mean(picture, scratch);
-  cv::Mat1d maximum(31, 31, 900.0);
+  cv::Mat1f maximum(31, 31, 900.0F);
   raise_to_response(maximum, picture, 5, scratch);
   EXPECT_EQ(cv::countNonZero(maximum != 900.0), 0);
-  maximum = 1.0;
+  maximum = 1.0F;
   raise_to_response(maximum, picture, 5, scratch);
   EXPECT_NEAR(maximum(15, 15), 800, 0.01);
-  EXPECT_EQ(maximum(0, 0), 1.0);
+  EXPECT_EQ(maximum(0, 0), 1.0F);
 }
 
 std::vector<cv::Point2d> plain_candidates(const cv::Mat1b& picture) {
