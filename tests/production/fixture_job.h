@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,6 +54,18 @@ class fixture_job {
               const fixture_disturbance& disturbance, const std::string& folder)
       : rig_(rig_of_job), fixture_(fixture), output_(folder + "/refined.txt") {
     EXPECT_EQ(write_fixture(files_, folder, rig_, fixture_, disturbance), "");
+  }
+  // The same job once more, its files copied to another folder.
+  fixture_job(const fixture_job& other, const std::string& folder) : fixture_job(other) {
+    output_ = folder + "/refined.txt";
+    const auto copy = [&](std::string& name) {
+      const std::string from = name;
+      name = folder + "/" + std::filesystem::path(from).filename().string();
+      std::filesystem::copy_file(from, name);
+    };
+    copy(files_.true_calibration);
+    copy(files_.disturbed_calibration);
+    for (std::string& name : files_.pictures) copy(name);
   }
 
   // As in a fresh process: the random numbers start anew.

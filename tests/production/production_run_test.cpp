@@ -24,11 +24,17 @@ class ProductionRun : public ::testing::Test {
  protected:
   ProductionRun() { std::filesystem::create_directory("tmp"); }
 
-  static fixture_job make_job(double step_degrees = 60) {
+  static fixture_job render_job(double step_degrees, const std::string& folder) {
     const rig_description description = fixture_rig(2, {480, 360, 120, 1}, step_degrees, 30);
     fixture_description fixture = suitable_fixture(description);
     fixture.cell_degrees = 7.5;
-    return {description, fixture, {0.7 * 7.5, 0.05, 0.0005, 1}, "."};
+    return {description, fixture, {0.7 * 7.5, 0.05, 0.0005, 1}, folder};
+  }
+  // A job whose cameras overlap, rendered once for all tests.
+  static fixture_job make_job() {
+    static const testing::temp_folder folder;
+    static const fixture_job rendered = render_job(60, folder.path().string());
+    return {rendered, "."};
   }
   int run(fixture_job& job) {
     int result = 99;
@@ -134,7 +140,7 @@ TEST_F(ProductionRun, StopsAfterTheCornerPicturesIfACameraSeesNoCorner) {
 }
 
 TEST_F(ProductionRun, StopsAfterTheQuadPicturesIfTheCamerasSeeNothingInCommon) {
-  fixture_job job = make_job(180);
+  fixture_job job = render_job(180, ".");
   expect_failure(job, fixture_unusable, "Error detected!\n");
   EXPECT_EQ(names_in_tmp(), (std::set<std::string>{"0.ori_point_0.jpg", "0.ori_point_1.jpg",
                                                    "1.black_quads_0.jpg", "1.black_quads_1.jpg",
