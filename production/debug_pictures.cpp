@@ -12,6 +12,8 @@ namespace ocpan {
 namespace {
 
 constexpr int arm = 5;  // pixels of a cross to each side
+constexpr int font = cv::FONT_HERSHEY_SIMPLEX;
+constexpr double font_scale = 0.35;
 const cv::Scalar red(0, 0, 255);
 const cv::Scalar green(0, 255, 0);
 
@@ -32,8 +34,16 @@ void draw_cross(cv::Mat& picture, cv::Point at, const cv::Scalar& colour) {
   cv::line(picture, {at.x, at.y - arm}, {at.x, at.y + arm}, colour);
 }
 
+// The place is the lower left end of the number.
 void draw_number(cv::Mat& picture, std::size_t number, cv::Point at, const cv::Scalar& colour) {
-  cv::putText(picture, std::to_string(number), at, cv::FONT_HERSHEY_SIMPLEX, 0.35, colour);
+  cv::putText(picture, std::to_string(number), at, font, font_scale, colour);
+}
+
+void draw_centred_number(cv::Mat& picture, std::size_t number, cv::Point centre,
+                         const cv::Scalar& colour) {
+  int below = 0;
+  const cv::Size size = cv::getTextSize(std::to_string(number), font, font_scale, 1, &below);
+  draw_number(picture, number, {centre.x - size.width / 2, centre.y + size.height / 2}, colour);
 }
 
 void write_picture(const std::string& name, const cv::Mat& picture) {
@@ -53,7 +63,7 @@ cv::Mat draw_quads(const cv::Mat& picture, const std::vector<prod_corner>& corne
       x += from.x / 4;
       y += from.y / 4;
     }
-    draw_number(drawn, q, pixel_of(x, y), red);
+    draw_centred_number(drawn, q, pixel_of(x, y), red);
   }
   return drawn;
 }
