@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include "model/constraint_terms.h"
 #include "model/projection.h"
 #include "model/rigid_rotation.h"
+#include "solver/solve_stage.h"
 
 namespace ocpan {
 namespace {
@@ -168,6 +170,42 @@ TEST_F(RefineRig, KeepsTheDistortionAxisOnTheCameraAxis) {
     const double cosine = direction_from_angles(model.at(A_th), model.at(A_ph))
                               .dot(direction_from_angles(model.at(O_th), model.at(O_ph)));
     EXPECT_LT(1 - cosine, 0.001);
+  }
+}
+
+// The camera terms by hand, and all else that the solver is told.
+TEST_F(RefineRig, GivesTheSolverItsTermsFreeListsAndLimits) {
+  const rig start = disturbed();
+  refine(start);
+  std::vector<constraint_term> terms;
+  for (std::size_t c = 0; c < 2; ++c) {
+    const Eigen::Vector3d a = direction_from_angles(start[c].at(A_th), start[c].at(A_ph));
+    const Eigen::Vector3d h(start[c].at(H_0), start[c].at(H_1), start[c].at(H_2));
+    const Eigen::Vector3d v(start[c].at(V_0), start[c].at(V_1), start[c].at(V_2));
+    terms.push_back(make_axis_term(c, 0.0001));
+    terms.push_back(make_prior_term(C_0, c, start[c].at(C_0), 0.1F));
+    terms.push_back(make_prior_term(C_1, c, start[c].at(C_1), 0.1F));
+    terms.push_back(make_prior_term(C_2, c, start[c].at(C_2), 0.1F));
+    terms.push_back(make_center_y_term(c, v.dot(a), 20));
+    terms.push_back(make_center_x_term(c, h.dot(a), 20));
+    terms.push_back(make_scale_y_term(c, v.norm(), 200));
+    terms.push_back(make_scale_x_term(c, h.norm(), 200));
+  }
+  // 5 percent: (2 - 0.05) * 0.05 * 0.1.
+  const pose_term sphere = make_radius_term(radius, radius * std::sqrt(0.00975));
+  const solve_settings settings{24, false, 1e-5, 1e-7, 50, true};
+  std::vector<pair_measurement> groups{true_measurement(true_rig())};
+  for (ModelPose& pose : groups[0].poses) pose.translation *= 1.002;
+  run_report report;
+  rig expected;
+  solve_stage(report, expected, groups, start, groups,
+              {{H_0, H_2, V_0, V_1, V_2, O_th, O_ph},
+               {H_0, H_1, H_2, V_0, V_1, V_2, A_th, A_ph, C_0, C_1, C_2, O_th, O_ph}},
+              {T_0, T_1, T_2}, terms, {sphere}, settings);
+  for (std::size_t c = 0; c < 2; ++c) {
+    for (const auto& [key, value] : expected[c]) {
+      EXPECT_NEAR(refined_[c].at(key), value, 1e-9 * std::max(1.0, std::abs(value))) << c << key;
+    }
   }
 }
 
