@@ -27,6 +27,7 @@ const scenario scenarios[] = {
     {"2 of lens 1, 120 degrees", 2, {1280, 960, 120, 1}, 60, 30, 0},
     {"ring of 4 of lens 1, 140 degrees", 4, {1280, 960, 140, 1}, 90, 30, 0},
     {"ring of 6 of lens 1, 116 degrees", 6, {1280, 960, 116, 1}, 60, 30, 0},
+    {"ring of 8 of lens 1, 110 degrees", 8, {960, 720, 110, 1}, 45, 30, 0},
     {"2 back to back of lens 2, 220 degrees", 2, {1280, 1280, 220, 2}, 180, 10, 0},
     {"4 of lens 0, 110 degrees", 4, {1280, 960, 110, 0}, 60, 30, -0.05},
 };
@@ -69,6 +70,22 @@ TEST_P(ProductionSeam, StaysOpenOverTwoCells) {
   EXPECT_GT(job.seam_after(), 1);
   EXPECT_GT(job.mean_error(), 0.2);
   EXPECT_GT(job.max_error(), 2);
+}
+
+// Cells on opposite sides of the sphere are partners too. On a ring with the pattern all
+// round no guess finds the rotations among them, and the cameras stay where they were.
+TEST(ProductionSearch, FindsNothingOnARingWithThePatternAllRound) {
+  const testing::working_folder folder;
+  std::filesystem::create_directory("tmp");
+  const rig_description description = fixture_rig(4, {1280, 960, 140, 1}, 90, 30);
+  fixture_description fixture = suitable_fixture(description);
+  fixture.low_latitude_degrees = -60;
+  fixture_job job(description, fixture, {0.8 * fixture.cell_degrees, 0.05, 0.0005, 1}, ".");
+  EXPECT_EQ(job.run(), code::success);
+  std::printf("pattern all round: seam %.4f -> %.4f degrees, reprojection %.4f pixels\n",
+              job.seam_before(), job.seam_after(), job.mean_error());
+  EXPECT_GT(job.seam_after(), 1);
+  EXPECT_GT(job.mean_error(), 0.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, ProductionSeam, ::testing::ValuesIn(scenarios));
