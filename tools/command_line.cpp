@@ -12,10 +12,13 @@ int run_command_line(int argc, const char* const* argv) {
   tool.get_formatter()->label("Subcommands", "Commands");
   tool.footer("oc_pan COMMAND --help tells more of a command, with examples.");
   int exit_code = 0;
-  add_cal_command(tool, exit_code);
   add_cal_child_command(tool, exit_code);
+  add_cal_command(tool, exit_code);
+  add_lut_command(tool, exit_code);
   add_mask_command(tool, exit_code);
   add_osd_command(tool, exit_code);
+  add_poly_command(tool, exit_code);
+  add_preview_command(tool, exit_code);
   add_simulate_command(tool, exit_code);
   add_version_command(tool, exit_code);
   add_view_yuv_command(tool, exit_code);

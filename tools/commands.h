@@ -7,14 +7,18 @@ namespace ocpan {
 // Each adds one command to the tool, or to a command that has commands of its own, with its
 // options, its help and its examples. A command that runs leaves its exit code in
 // `exit_code`.
-void add_cal_command(CLI::App& tool, int& exit_code);
 void add_cal_child_command(CLI::App& tool, int& exit_code);
 void add_cal_command(CLI::App& tool, int& exit_code);
+void add_lut_command(CLI::App& tool, int& exit_code);
 void add_mask_command(CLI::App& tool, int& exit_code);
 void add_osd_command(CLI::App& tool, int& exit_code);
-void add_simulate_command(CLI::App& tool, int& exit_code);
+void add_poly_command(CLI::App& tool, int& exit_code);
+void add_preview_command(CLI::App& tool, int& exit_code);
 void add_simulate_boards_command(CLI::App& simulate, int& exit_code);
+void add_simulate_command(CLI::App& tool, int& exit_code);
+void add_simulate_masks_command(CLI::App& simulate, int& exit_code);
 void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
+void add_simulate_world_command(CLI::App& simulate, int& exit_code);
 void add_version_command(CLI::App& tool, int& exit_code);
 void add_view_yuv_command(CLI::App& tool, int& exit_code);
 
