@@ -1,0 +1,83 @@
+// Projection beside OpenCV's fisheye model, which does comparable work per point.
+
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <opencv2/calib3d.hpp>
+
+#include "model/projection.h"
+
+namespace ocpan {
+namespace {
+
+Eigen::Matrix3Xd points_before_camera(Eigen::Index count) {
+  Eigen::Matrix3Xd points(3, count);
+  for (Eigen::Index i = 0; i < count; ++i) {
+    const double u = static_cast<double>(i % 619) / 619 - 0.5;
+    const double v = static_cast<double>(i % 523) / 523 - 0.5;
+    points.col(i) << 600 * u, 400 * v, 20 * u * v;
+  }
+  return points;
+}
+
+model_map fisheye() {
+  model_map model = initial_model({1280, 960, 150, 1});
+  model[rho_0] = 0.01;
+  model[rho_1] = -0.004;
+  model[rho_2] = 0.0003;
+  model[O_th] = pi - 0.003;
+  return model;
+}
+
+const Eigen::Vector3d rotation(3.0, 0.1, -0.2);
+const Eigen::Vector3d translation(-10, 20, -400);
+
+void per_point(benchmark::State& state) {
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void ours(benchmark::State& state, bool derivatives) {
+  const Eigen::Matrix3Xd points = points_before_camera(state.range(0));
+  const model_map model = fisheye();
+  Eigen::ArrayXd x, y;
+  derivative_map dx, dy;
+  for (auto _ : state) {
+    project_points(x, y, dx, dy, points, model, rotation, translation, derivatives);
+    benchmark::DoNotOptimize(x.data());
+  }
+  per_point(state);
+}
+void project_values(benchmark::State& state) { ours(state, false); }
+void project_with_derivatives(benchmark::State& state) { ours(state, true); }
+
+void opencv(benchmark::State& state, bool jacobian) {
+  const Eigen::Matrix3Xd points = points_before_camera(state.range(0));
+  std::vector<cv::Vec3d> object;
+  for (Eigen::Index i = 0; i < points.cols(); ++i) {
+    object.emplace_back(points(0, i), points(1, i), points(2, i));
+  }
+  const cv::Matx33d camera(500, 0, 640, 0, 500, 480, 0, 0, 1);
+  const cv::Vec4d distortion(0.01, -0.004, 0.0003, 0.0001);
+  const cv::Vec3d turn(0.1, 0.1, -0.2), shift(-10, 20, 400);
+  std::vector<cv::Vec2d> image;
+  cv::Mat derivatives;
+  for (auto _ : state) {
+    if (jacobian) {
+      cv::fisheye::projectPoints(object, image, turn, shift, camera, distortion, 0, derivatives);
+    } else {
+      cv::fisheye::projectPoints(object, image, turn, shift, camera, distortion);
+    }
+    benchmark::DoNotOptimize(image.data());
+  }
+  per_point(state);
+}
+void opencv_values(benchmark::State& state) { opencv(state, false); }
+void opencv_with_jacobian(benchmark::State& state) { opencv(state, true); }
+
+BENCHMARK(project_values)->Arg(54)->Arg(393216);
+BENCHMARK(opencv_values)->Arg(54)->Arg(393216);
+BENCHMARK(project_with_derivatives)->Arg(54)->Arg(393216);
+BENCHMARK(opencv_with_jacobian)->Arg(54)->Arg(393216);
+
+}  // namespace
+}  // namespace ocpan
