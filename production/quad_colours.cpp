@@ -61,7 +61,7 @@ quad_stats stats_inside(const cv::Mat1d& picture, const std::array<Eigen::Vector
   return {mean, std::sqrt(squares / count - mean * mean)};
 }
 
-// The quads that share a corner with quad q, itself among them, each once.
+// The quads that share a corner with quad q, itself among them; once for each such corner.
 class quad_neighbours {
  public:
   explicit quad_neighbours(const std::vector<prod_quad>& quads) : quads_(quads) {
@@ -80,8 +80,6 @@ class quad_neighbours {
       const auto& sharing = at_corner_[static_cast<std::size_t>(corner)];
       found.insert(found.end(), sharing.begin(), sharing.end());
     }
-    std::sort(found.begin(), found.end());
-    found.erase(std::unique(found.begin(), found.end()), found.end());
     return found;
   }
 
@@ -92,18 +90,17 @@ class quad_neighbours {
 
 double threshold_among(const std::vector<std::size_t>& neighbours,
                        const std::vector<quad_stats>& stats) {
-  int count = 0;
   double largest_deviation = -1.0;
   double largest_mean = 0.0;
   double smallest_mean = 256.0;
   for (const std::size_t n : neighbours) {
     if (!(stats[n].deviation < most_deviation)) continue;
-    ++count;
     largest_deviation = std::max(largest_deviation, stats[n].deviation);
     largest_mean = std::max(largest_mean, stats[n].mean);
     smallest_mean = std::min(smallest_mean, stats[n].mean);
   }
-  const bool alike = count < 2 || largest_mean <= largest_deviation * confidence + smallest_mean;
+  // So it is for one quad alone and, with these start values, for none.
+  const bool alike = largest_mean <= largest_deviation * confidence + smallest_mean;
   return alike ? default_threshold : (smallest_mean + largest_mean) / 2;
 }
 

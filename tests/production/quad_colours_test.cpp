@@ -146,8 +146,9 @@ TEST(ClassifyQuads, LeaveOutQuadsThatAreNotANumber) {
   EXPECT_EQ(colours_of({row[0]}, {{200, nan_value}}), colours{'-'});
 }
 
-TEST(ClassifyQuads, CountANeighbourOnceThoughItSharesTwoCorners) {
-  // Alone with an uneven neighbour the count is 1, so the threshold is 128.
+TEST(ClassifyQuads, UseTheFixedThresholdWhereNoNeighbourCounts) {
+  // A deviation of 32 isn't counted even for the quad itself: 60 + 62.72 is below 128.
+  EXPECT_EQ(colours_of({row[0], row[1]}, {{60, 32}, {10, 40}}), (colours{'b', '-'}));
   EXPECT_EQ(colours_of({row[0], row[1]}, {{120, 1}, {10, 40}}), (colours{'b', '-'}));
 }
 
