@@ -127,8 +127,8 @@ TEST(PlaceBoards, GivesEverySetItsFramesWithTheBoardInAllItsPictures) {
       ASSERT_EQ(views.size(), description.sets[s].cameras.size());
       for (const Eigen::Matrix2Xd& view : views) {
         EXPECT_GT(view.minCoeff(), 20);
-        EXPECT_LT(view.row(0).maxCoeff(), 940);
-        EXPECT_LT(view.row(1).maxCoeff(), 700);
+        EXPECT_LT(view.row(0).maxCoeff(), 1260);
+        EXPECT_LT(view.row(1).maxCoeff(), 940);
         // Right-handed in the picture, so nowhere seen from behind.
         const Eigen::Vector2d x = view.col(1) - view.col(0), y = view.col(9) - view.col(0);
         EXPECT_GT(x.x() * y.y() - x.y() * y.x(), 0);
@@ -159,7 +159,7 @@ TEST(PlaceBoards, SpreadsTheBoardsOverThePicture) {
   int quarters[2][2] = {};
   for (const auto& views : corners[0]) {
     const Eigen::Vector2d middle = views[0].rowwise().mean();
-    ++quarters[middle.x() > 480][middle.y() > 360];
+    ++quarters[middle.x() > 640][middle.y() > 480];
   }
   for (const auto& row : quarters) {
     for (const int boards : row) EXPECT_GE(boards, 1);

@@ -79,7 +79,7 @@ struct expected_rig {
 };
 
 TEST(Presets, HoldTheFiveRigsThatCalibrationsAreJudgedBy) {
-  const expected_rig table[] = {{"3-lens0", 3, 5, 10, 0, 960, 720, 80},
+  const expected_rig table[] = {{"3-lens0", 3, 5, 10, 0, 1280, 960, 80},
                                 {"4-lens1", 4, 8, 8, 1, 1280, 960, 190},
                                 {"4-lens1-off-axis", 4, 8, 8, 1, 1280, 960, 190},
                                 {"8-lens1", 8, 16, 8, 1, 960, 720, 110},
