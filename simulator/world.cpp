@@ -13,8 +13,8 @@ namespace {
 
 constexpr double finest_detail = 0.0105;  // radians
 constexpr int octaves = 6;
-constexpr double octave_gain = 1.5;  // amplitude of an octave by the next finer one's
-constexpr double contrast = 3.2;
+constexpr double octave_gain = 1.1;  // amplitude of an octave by the next finer one's
+constexpr double contrast = 4;
 
 // A number from -1 to 1 for each point of a lattice and octave.
 double lattice_value(std::int64_t x, std::int64_t y, std::int64_t z, int octave) {
