@@ -6,6 +6,7 @@
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "simulator/masks.h"
+#include "simulator/rig_calibration.h"
 #include "simulator/rig_json.h"
 #include "simulator/world.h"
 #include "src/console.h"
@@ -24,12 +25,12 @@ struct views_options {
   int width = 2048;
 };
 
-// Reads the rig and makes the folder. Gives an exported code.
-int prepare(rig_description& rig, const views_options& options) {
-  if (const std::string problem = read_rig_file(rig, options.rig); !problem.empty()) {
+// Makes the folder, or tells what is wrong with the rig. Gives an exported code.
+int prepare(const std::string& rig_problem, const views_options& options) {
+  if (!rig_problem.empty()) {
     std::error_code failure;
     const bool there = std::filesystem::exists(native_path(options.rig), failure);
-    complain(problem, "; correct ", options.rig,
+    complain(rig_problem, "; correct ", options.rig,
              ", or write a new one with oc_pan simulate preset");
     return there ? OCPAN_MALFORMED : OCPAN_INPUT;
   }
@@ -51,22 +52,21 @@ int finish(const std::string& problem, const views_options& options, const char*
 
 int make_masks(const views_options& options) {
   rig_description rig;
-  if (const int result = prepare(rig, options)) return result;
+  const std::string problem = read_rig_or_calibration(rig, options.rig);
+  if (const int result = prepare(problem, options)) return result;
   return finish(write_masks(options.folder, rig, options.overlap_degrees), options,
                 "mask_0.png and so on");
 }
 
 int make_world(const views_options& options) {
   rig_description rig;
-  if (const int result = prepare(rig, options)) return result;
+  if (const int result = prepare(read_rig_file(rig, options.rig), options)) return result;
   return finish(write_world(options.folder, rig, options.radius * 1000, options.width), options,
                 "world_0.png and so on, and panorama.png,");
 }
 
-void add_operands(CLI::App* command, views_options& options) {
-  command->add_option("RIG.json", options.rig, "The rig, as simulate preset writes it")
-      ->type_name("FILE")
-      ->required();
+void add_operands(CLI::App* command, views_options& options, const char* rig_help) {
+  command->add_option("RIG.json", options.rig, rig_help)->type_name("FILE")->required();
   command->add_option("OUT", options.folder, "Folder for the pictures; made if it isn't there")
       ->type_name("FOLDER")
       ->required();
@@ -78,7 +78,7 @@ void add_simulate_masks_command(CLI::App& simulate, int& exit_code) {
   const auto options = std::make_shared<views_options>();
   CLI::App* command =
       simulate.add_subcommand("masks", "Make the masks of a rig, from which tables are made");
-  add_operands(command, *options);
+  add_operands(command, *options, "The rig, as simulate preset writes it, or a calibration file");
   command
       ->add_option("--overlap", options->overlap_degrees,
                    "How far each mask goes beyond the half way to the next camera, degrees")
@@ -88,8 +88,9 @@ void add_simulate_masks_command(CLI::App& simulate, int& exit_code) {
   command->footer(
       R"(A camera's mask holds the pixels that look nearer to its axis than to any other camera's.
 
-Example:
+Examples:
   oc_pan simulate masks rig.json masks --overlap 5
+  oc_pan simulate masks rig.cal masks
   oc_pan lut rig.cal masks/mask tables/lut)");
   command->callback([options, &exit_code] { exit_code = make_masks(*options); });
 }
@@ -98,7 +99,7 @@ void add_simulate_world_command(CLI::App& simulate, int& exit_code) {
   const auto options = std::make_shared<views_options>();
   CLI::App* command = simulate.add_subcommand(
       "world", "Make a picture from each camera in a textured world, and its true panorama");
-  add_operands(command, *options);
+  add_operands(command, *options, "The rig, as simulate preset writes it");
   command
       ->add_option("--radius", options->radius,
                    "How far away the world is, in 1000 units of the rig; as for oc_pan lut")

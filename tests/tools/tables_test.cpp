@@ -158,6 +158,12 @@ TEST_F(tables, SimulateMakesMasksAndAWorld) {
   EXPECT_EQ(cv::imread(file("world/world_1.png")).size(), cv::Size(32, 24));
 }
 
+TEST_F(tables, SimulateMakesTheMasksOfACalibration) {
+  const tool_run masks = run_here("simulate masks " + file("rig.cal") + " " + file("masks"));
+  EXPECT_EQ(masks.code, 0) << masks.err;
+  EXPECT_EQ(cv::imread(file("masks/mask_1.png")).size(), cv::Size(40, 30));
+}
+
 TEST_F(tables, SimulateTellsOfABadRigAndFolder) {
   EXPECT_EQ(run_here("simulate masks " + file("none.json") + " " + file("x")).code, 2);
   EXPECT_EQ(run_here("simulate world " + file("rig.cal") + " " + file("x")).code, 4);
