@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
 
 #include "tests/support/temp_folder.h"
 
@@ -66,6 +67,17 @@ TEST(RenderWorld, ShowsTheTextureWhereEachPixelLooks) {
     }
   }
   EXPECT_GT(seen, 100);
+}
+
+TEST(RenderWorld, HasDetailOfFourPixels) {
+  // 20 degrees over 140 pixels, as fine as a fisheye of 190 degrees over 1280. A blur over
+  // five pixels takes away the detail of four.
+  const camera_details details{140, 140, 20, 0};
+  const cv::Mat picture = render_world({details, initial_model(details)}, 1000);
+  cv::Mat blurred, lost;
+  cv::blur(picture, blurred, {5, 5});
+  cv::absdiff(picture, blurred, lost);
+  EXPECT_GT(cv::mean(lost)[0], 4);
 }
 
 TEST(RenderWorld, StandsWithinTheSphereOfTheRadius) {

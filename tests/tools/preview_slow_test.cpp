@@ -27,6 +27,10 @@ constexpr int width = 2048;   // of the panorama
 constexpr float radius = 10;  // of the world, 1000 units of the rig
 constexpr double overlap_degrees = 5;
 
+// In grey levels. Bilinear interpolation of so fine a texture costs 0.8; a camera that is
+// 0.2 degrees off costs 1.5 more.
+constexpr double good_error = 1.5;
+
 // Four cameras of 190 degrees in a textured world, and what their tables make of it.
 class Preview : public ::testing::Test {
  protected:
@@ -94,7 +98,7 @@ TEST_F(Preview, GivesTheWorldBackFromTheTrueCalibration) {
   EXPECT_GT(contrast_of_world(), 50);
   const double error = error_of(models_of(truth()));
   RecordProperty("mean_error_grey_levels", std::to_string(error));
-  EXPECT_LT(error, 5);
+  EXPECT_LT(error, good_error);
 }
 
 TEST_F(Preview, ShowsACameraTurnedByAFifthOfADegree) {
@@ -139,7 +143,7 @@ TEST_F(Preview, GivesTheWorldBackFromTheCalibrationThatBoardsGave) {
   for (model_map& model : models) model = rotate_model(model, turn);
   const double error = error_of(models);
   RecordProperty("mean_error_grey_levels", std::to_string(error));
-  EXPECT_LT(error, 7);
+  EXPECT_LT(error, good_error);
 }
 
 }  // namespace
