@@ -114,6 +114,8 @@ TEST(RigJson, ErrorsNameTheKey) {
 TEST(RigJson, ErrorsNameCamerasAsTheyCountInTheText) {
   EXPECT_EQ(error_with("\"cameras\": [\n        1,\n        2\n", "\"cameras\": [1, 3"),
             "sets[2].cameras[1]: expected a camera number, 1 to 2");
+  EXPECT_EQ(error_with("\"cameras\": [\n        1,\n        2\n", "\"cameras\": [0, 1"),
+            "sets[2].cameras[0]: expected a camera number, 1 to 2");
   EXPECT_EQ(error_with("\"cameras\": [\n        1,\n        2\n", "\"cameras\": [1, 1"),
             "sets[2].cameras: a camera stands there twice");
 }
