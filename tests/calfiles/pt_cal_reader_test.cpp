@@ -202,9 +202,12 @@ TEST(PtCalReader, RadiusLimitIsAThousandWithoutARootBelow) {
   EXPECT_EQ(read("i w9 h9 a1e-320 b1\n").project.images[0].radius_limit, 1000.0);
 }
 
-TEST(PtCalReader, SmallestOfSeveralRootsLimitsTheRadius) {
-  // c = -4.5, b = 1 and a = 0 give d = 4.5: 4.5 - 9 r + 3 r^2 has roots (3 -+ sqrt 3) / 2.
+TEST(PtCalReader, SmallestPositiveRootLimitsTheRadius) {
+  // b = 1 and c = -4.5 give d = 4.5: 4.5 - 9 r + 3 r^2 has the roots (3 -+ sqrt 3) / 2.
   EXPECT_NEAR(read("i w9 h9 b1 c-4.5\n").project.images[0].radius_limit, (3 - std::sqrt(3.0)) / 2,
+              1e-12);
+  // b = 5 and c = -5 give d = 1: 1 - 10 r + 15 r^2 has the roots (5 -+ sqrt 10) / 15.
+  EXPECT_NEAR(read("i w9 h9 b5 c-5\n").project.images[0].radius_limit, (5 - std::sqrt(10.0)) / 15,
               1e-12);
 }
 

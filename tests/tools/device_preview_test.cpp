@@ -114,7 +114,8 @@ TEST(Stitch, IsBlackWhereNoCameraHasWeight) {
 }
 
 TEST(Stitch, LeavesOutSamplesWithoutAPosition) {
-  device_camera camera = plain_camera(100, 500);
+  device_camera camera = plain_camera(0, 500);
+  camera.picture.at<cv::Vec3b>(2, 2) = cv::Vec3b::all(100);  // where the other samples point
   for (std::size_t face = 0; face < 6; ++face) {
     for (std::size_t a = 0; a < 256; a += 2) {
       for (std::size_t b = 0; b < 256; b += 2) camera.table[lut_index(face, a, b)] = 0;
