@@ -36,10 +36,11 @@ bool read_text_line(std::istream& in, std::string& line) {
 }
 
 bool finish_output(std::ofstream& out, std::string_view path) {
+  const bool opened = out.is_open();
   out.flush();
   const bool written = out.good();
   out.close();
-  if (!written) {
+  if (opened && !written) {
     const std::string native = native_path(path);
     std::error_code ignored;
     if (std::filesystem::is_regular_file(native, ignored)) {

@@ -22,7 +22,8 @@ std::ofstream open_output(std::string_view path, std::ios::openmode mode = std::
 bool read_text_line(std::istream& in, std::string& line);
 
 // Flushes and closes an output. Gives false when something couldn't be written (a full
-// disk shows only here); the broken file is then removed if it is a regular file.
+// disk shows only here); the broken file is then removed if it is a regular file. What
+// couldn't be opened is left as it is.
 [[nodiscard]] bool finish_output(std::ofstream& out, std::string_view path);
 
 }  // namespace ocpan

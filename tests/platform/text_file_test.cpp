@@ -132,6 +132,15 @@ TEST(FinishOutput, RemovesABrokenFile) {
   EXPECT_FALSE(std::filesystem::exists(folder.file("a.txt")));
 }
 
+TEST(FinishOutput, LeavesAFileThatWasNeverOpened) {
+  const temp_folder folder;
+  write_file(folder.file("a.txt"), "of an earlier run");
+  std::ofstream out = open_output(folder.file("absent") + "/a.txt");
+  ASSERT_FALSE(out);
+  EXPECT_FALSE(finish_output(out, folder.file("a.txt")));
+  EXPECT_EQ(read_file(folder.file("a.txt")), "of an earlier run");
+}
+
 #ifdef __linux__
 TEST(FinishOutput, SeesAFullDiskAndLeavesTheDevice) {
   std::ofstream out = open_output("/dev/full");
