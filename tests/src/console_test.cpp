@@ -1,0 +1,66 @@
+#include "src/console.h"
+
+#include <iomanip>
+#include <iostream>
+#include <locale>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace ocpan {
+namespace {
+
+// Stands behind std::cout while it lives and notes what was written between two flushes.
+class flush_recorder : public std::streambuf {
+ public:
+  flush_recorder() : before_(std::cout.rdbuf(this)) {}
+  ~flush_recorder() override { std::cout.rdbuf(before_); }
+  std::vector<std::string> flushed;
+  std::string waiting;
+
+ protected:
+  int_type overflow(int_type c) override {
+    waiting += traits_type::to_char_type(c);
+    return c;
+  }
+  int sync() override {
+    flushed.push_back(waiting);
+    waiting.clear();
+    return 0;
+  }
+
+ private:
+  std::streambuf* before_;
+};
+
+TEST(PrintLine, FlushesEachLine) {
+  flush_recorder recorder;
+  print_line("a ", 1);
+  print_line("");
+  EXPECT_EQ(recorder.flushed, (std::vector<std::string>{"a 1\n", "\n"}));
+  EXPECT_EQ(recorder.waiting, "");
+}
+
+TEST(PrintLine, PaysNoHeedToTheHostsLocalesAndFlags) {
+  struct grouped : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  flush_recorder recorder;
+  const std::locale elsewhere(std::locale::classic(), new grouped);
+  const std::locale global_before = std::locale::global(elsewhere);
+  const std::locale cout_before = std::cout.imbue(elsewhere);
+  const auto flags = std::cout.flags();
+  std::cout << std::hex << std::boolalpha << std::fixed << std::setw(20);
+  print_line(1234567, " ", 0.25, " ", true);
+  std::cout.width(0);
+  std::cout.flags(flags);
+  std::cout.imbue(cout_before);
+  std::locale::global(global_before);
+  EXPECT_EQ(recorder.flushed, std::vector<std::string>{"1234567 0.25 1\n"});
+}
+
+}  // namespace
+}  // namespace ocpan
