@@ -1,12 +1,15 @@
 #include "calibration/rig_placement.h"
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
 
+#include <Eigen/QR>
 #include <gtest/gtest.h>
 
 #include "model/pose.h"
+#include "model/rigid_rotation.h"
 
 namespace ocpan {
 namespace {
@@ -151,6 +154,103 @@ TEST(RefinePairs, ReadsTheFirstTableOnly) {
   EXPECT_EQ(refined.at({0, 1}).weight, 2);
   EXPECT_EQ(refined.at({0, 2}).weight, 2);
   EXPECT_EQ(refined.at({1, 2}).weight, 2);
+}
+
+// A pair's entry as it stands in the table, from its higher camera's frame to its lower's;
+// the identity with weight 0 if there is none.
+weighted_rotation entry_of(const rotation_table& table, std::size_t a, std::size_t b) {
+  const auto found = table.find({std::min(a, b), std::max(a, b)});
+  return found == table.end() ? weighted_rotation{} : found->second;
+}
+
+// Pairs whose rotations contradict one another, with a weight each. (1, 3) is missing.
+rotation_table contradicting_pairs() {
+  rotation_table table;
+  table[{0, 1}] = {rotation_from_vector({0.5, 0.1, -0.3}), 2};
+  table[{0, 2}] = {rotation_from_vector({-0.2, 0.9, 0.4}), 3};
+  table[{0, 3}] = {rotation_from_vector({0.1, -0.4, 0.6}), 0.5};
+  table[{1, 2}] = {rotation_from_vector({0.3, 0.2, 0.8}), 7};
+  table[{2, 3}] = {rotation_from_vector({-0.6, -0.1, 0.2}), 5};
+  return table;
+}
+
+TEST(RefinePairs, WeighsEachPathByTheMeanOfItsParts) {
+  const rotation_table table = contradicting_pairs();
+  const rotation_table refined = refine_pairs(table, 4);
+  ASSERT_EQ(refined.size(), 6u);
+  for (const auto& [pair, got] : refined) {
+    const auto [i, j] = pair;
+    const weighted_rotation direct = entry_of(table, i, j);
+    Matrix3d sum = direct.weight * direct.rotation;
+    for (std::size_t k = 0; k < 4; ++k) {
+      if (k == i || k == j) continue;
+      const weighted_rotation ki = entry_of(table, k, i), kj = entry_of(table, k, j);
+      Matrix3d i_from_k = ki.rotation, k_from_j = kj.rotation;
+      if (k < i) i_from_k.transposeInPlace();
+      if (k > j) k_from_j.transposeInPlace();
+      sum += std::sqrt(ki.weight * kj.weight) * i_from_k * k_from_j;
+    }
+    EXPECT_LT((got.rotation - closest_rotation(sum)).norm(), 1e-12) << i << j;
+  }
+}
+
+TEST(RotationsToFirst, WeighEachPathByTheMeanOfItsParts) {
+  const rotation_table table = contradicting_pairs();
+  const std::vector<Matrix3d> rotations = rotations_to_first(table, 4);
+  ASSERT_EQ(rotations.size(), 4u);
+  EXPECT_EQ(rotations[0], Matrix3d::Identity());
+  for (std::size_t j = 1; j < 4; ++j) {
+    const weighted_rotation direct = entry_of(table, 0, j);
+    Matrix3d sum = direct.weight * direct.rotation;
+    for (std::size_t k = 1; k < 4; ++k) {
+      if (k == j) continue;
+      const weighted_rotation to_first = entry_of(table, 0, k), kj = entry_of(table, k, j);
+      const Matrix3d k_from_j = j < k ? kj.rotation.transpose() : kj.rotation;
+      sum += std::sqrt(to_first.weight * kj.weight) * to_first.rotation * k_from_j;
+    }
+    EXPECT_LT((rotations[j] - closest_rotation(sum)).norm(), 1e-12) << j;
+  }
+}
+
+TEST(CameraPositions, WeighEachPointByItsPair) {
+  // Three pairs whose baselines contradict one another, as 1, 2 and 3 matrices of 10 points.
+  const placed_rig truth;
+  pair_points points = truth.see({{0, 1}, {0, 2}, {1, 2}}, 5.0);
+  points[{0, 1}].list0.resize(1);
+  points[{0, 1}].list1.resize(1);
+  points[{0, 2}].list0.resize(2);
+  points[{0, 2}].list1.resize(2);
+  rotation_table table;
+  table[{0, 1}].weight = 1;
+  table[{0, 2}].weight = 9;
+  table[{1, 2}].weight = 4;
+  std::vector<Matrix3d> rotations = truth.rotations;
+  rotations.resize(3);
+  const std::vector<Vector3d> positions = camera_positions(points, table, rotations);
+
+  // The least sum of weight |R_a p_a + t_a - R_b p_b - t_b|^2, a row per point.
+  Eigen::MatrixXd rows = Eigen::MatrixXd::Zero(60, 2);
+  Eigen::MatrixXd sides = Eigen::MatrixXd::Zero(60, 3);
+  Eigen::Index row = 0;
+  for (const auto& [pair, lists] : points) {
+    const auto [a, b] = pair;
+    const double root = std::sqrt(table.at(pair).weight);
+    for (std::size_t m = 0; m < lists.list0.size(); ++m) {
+      for (Eigen::Index k = 0; k < 10; ++k, ++row) {
+        if (a != 0) rows(row, static_cast<Eigen::Index>(a) - 1) = root;
+        rows(row, static_cast<Eigen::Index>(b) - 1) = -root;
+        sides.row(row) =
+            root * (rotations[b] * lists.list0[m].col(k) - rotations[a] * lists.list1[m].col(k))
+                       .transpose();
+      }
+    }
+  }
+  ASSERT_EQ(row, 60);
+  const Eigen::MatrixXd expected = rows.colPivHouseholderQr().solve(sides);
+  ASSERT_EQ(positions.size(), 3u);
+  EXPECT_EQ(positions[0], Vector3d::Zero());
+  EXPECT_LT((positions[1] - expected.row(0).transpose()).norm(), 1e-9);
+  EXPECT_LT((positions[2] - expected.row(1).transpose()).norm(), 1e-9);
 }
 
 }  // namespace
