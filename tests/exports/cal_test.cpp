@@ -151,6 +151,35 @@ TEST_F(Cal, FailsWhenTheCalibrationFileCantBeOpened) {
   EXPECT_EQ(summary.matched_point_count, 0);  // copied all the same
 }
 
+TEST_F(Cal, LeavesTheReportsOfAnEarlierRunWhenItFails) {
+  std::filesystem::create_directory("out.cal");
+  write_file("out.cal_distance.csv", "earlier");
+  write_file("out.cal_QA_Measures.txt", "earlier");
+  EXPECT_EQ(run_text(config_of(two_cameras, empty_set() + empty_set() + empty_set())),
+            OCPAN_OUTPUT);
+  EXPECT_EQ(read_file("out.cal_distance.csv"), "earlier");
+  EXPECT_EQ(read_file("out.cal_QA_Measures.txt"), "earlier");
+}
+
+TEST_F(Cal, ReportsOnTheSetsThatAreLeftInTheirOrder) {
+  write_file("q", "no picture");
+  const std::string sets = empty_set("[2]") + empty_set("[1]", "'^r$'") + empty_set("[1]");
+  EXPECT_EQ(run_text(config_of(two_cameras, sets)), OCPAN_SUCCESS);
+  EXPECT_EQ(read_file("out.cal_distance.csv").rfind("----Cam 1----,,,,----Cam 0----,,,,\n", 0), 0u);
+  const std::string head = "Camera Number : 2\nCalibration Sets Number : 2\n";
+  EXPECT_EQ(read_file("out.cal_QA_Measures.txt").rfind(head, 0), 0u);
+}
+
+TEST_F(Cal, TakesTheScaleOfTheHistogramsFromTheLastCamera) {
+  const std::string sets = empty_set() + empty_set() + empty_set();
+  const std::string rectilinear = "  - width: 480, height: 360, hfov: 70, lens: 0\n";
+  const std::string fisheye = "  - width: 480, height: 360, hfov: 200, lens: 2\n";
+  ASSERT_EQ(run_text(config_of(rectilinear + fisheye, sets)), OCPAN_SUCCESS);
+  EXPECT_EQ(read_file("out.cal_distance.csv").find("[3000 - "), std::string::npos);
+  ASSERT_EQ(run_text(config_of(fisheye + rectilinear, sets)), OCPAN_SUCCESS);
+  EXPECT_NE(read_file("out.cal_distance.csv").find("[9800 - 10000)"), std::string::npos);
+}
+
 TEST_F(Cal, FailsOnAFullDisk) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
   write_file("q", "no picture");
