@@ -2,29 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/src/config_run.h"
+#include "tests/src/sets_section.h"
 
 namespace ocpan {
 namespace {
 
 using testing::config_run;
-using testing::run_config;
-
-// Reads sets behind one complete camera; the top section's lines come first.
-config_run run_sets(const std::string& lines, const std::string& top = "") {
-  return run_config(
-      top + "camera_info:\n- width: 4, height: 3, hfov: 60, lens: 0\ncalibration_sets:\n" + lines);
-}
-
-void expect_malformed(const std::string& lines, const std::string& printed) {
-  const config_run run = run_sets(lines);
-  EXPECT_EQ(run.result, 5) << lines;
-  EXPECT_EQ(run.printed, printed) << lines;
-}
-
-void expect_badly_formed(const std::string& before, const std::string& line) {
-  expect_malformed(before + line + "\n", "Badly formed line: " + line + "\n");
-}
+using testing::expect_badly_formed;
+using testing::expect_malformed;
+using testing::run_sets;
 
 std::vector<int> ids_of(const std::string& list) {
   const config_run run = run_sets("- cameras: " + list + "\n");
