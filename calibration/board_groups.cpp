@@ -29,8 +29,14 @@ std::vector<seen_board> boards_in(const cal_frame_set& set, const frame_views& v
   return seen;
 }
 
-Eigen::Matrix3Xd board_points_of(const cal_frame_set& set) {
-  return board_points(set.board_width, set.board_height, set.board_scale);
+// The set's board; no point if nobody saw it, since only a board that was found in a
+// picture is sure to be of a size that memory holds.
+Eigen::Matrix3Xd board_points_of(const cal_frame_set& set, const std::vector<frame_views>& frames) {
+  const bool seen = std::any_of(frames.begin(), frames.end(), [&](const frame_views& views) {
+    return !boards_in(set, views).empty();
+  });
+  return seen ? board_points(set.board_width, set.board_height, set.board_scale)
+              : Eigen::Matrix3Xd(3, 0);
 }
 
 // The pose of one view alone; false, with a line, if it is not a number.
@@ -107,7 +113,7 @@ std::vector<view_group> single_camera_groups(const std::vector<cal_frame_set>& s
                                              const board_frames& frames, const rig& models) {
   std::vector<view_group> groups;
   for (std::size_t s = 0; s < sets.size(); ++s) {
-    const Eigen::Matrix3Xd points = board_points_of(sets[s]);
+    const Eigen::Matrix3Xd points = board_points_of(sets[s], frames[s]);
     std::map<std::size_t, view_group> by_camera;
     for (std::size_t j = 0; j < frames[s].size(); ++j) {
       for (const seen_board& board : boards_in(sets[s], frames[s][j])) {
@@ -129,7 +135,7 @@ pair_points collect_pair_points(const std::vector<cal_frame_set>& sets, const bo
                                 const rig& models) {
   pair_points pairs;
   for (std::size_t s = 0; s < sets.size(); ++s) {
-    const Eigen::Matrix3Xd points = board_points_of(sets[s]);
+    const Eigen::Matrix3Xd points = board_points_of(sets[s], frames[s]);
     for (std::size_t j = 0; j < frames[s].size(); ++j) {
       std::vector<placed_corners> seen;
       for (const seen_board& board : boards_in(sets[s], frames[s][j])) {
@@ -148,7 +154,7 @@ rig_groups shared_board_groups(const std::vector<cal_frame_set>& sets, const boa
                                const rig& models) {
   rig_groups result;
   for (std::size_t s = 0; s < sets.size(); ++s) {
-    const Eigen::Matrix3Xd points = board_points_of(sets[s]);
+    const Eigen::Matrix3Xd points = board_points_of(sets[s], frames[s]);
     std::map<std::vector<std::size_t>, view_group> by_cameras;
     for (std::size_t j = 0; j < frames[s].size(); ++j) {
       append_frame(by_cameras, sets[s], frames[s][j], j, points, models);

@@ -193,5 +193,18 @@ TEST(SharedBoardGroups, LeaveOutAFrameWhosePoseIsNotANumberAndNameIt) {
   EXPECT_EQ(got.groups[0].shots.size(), 1u);
 }
 
+TEST(BoardGroups, BuildNoPointsOfABoardThatNobodySaw) {
+  // Its points would fit in no memory.
+  cal_frame_set huge = set_of({0, 1});
+  huge.board_width = huge.board_height = 2000000000;
+  const board_frames frames = {{{missed, missed}, {}}};
+  const shooting s;
+  EXPECT_TRUE(single_camera_groups({huge}, frames, s.models).empty());
+  EXPECT_TRUE(collect_pair_points({huge}, frames, s.models).empty());
+  const rig_groups shared = shared_board_groups({huge}, frames, s.models);
+  EXPECT_TRUE(shared.groups.empty());
+  EXPECT_EQ(shared.groups_per_set, std::vector<std::size_t>{0});
+}
+
 }  // namespace
 }  // namespace ocpan
