@@ -95,7 +95,7 @@ void angles(projection_block& b, Index count, double law, bool clamped) {
 // chi of theta. The max folds tan(L theta) / L for L above 0 and sin(L theta) / L below it
 // into one line. Close to 0 the sine really stands in the denominator.
 void apply_law(projection_block& b, Index count, double law) {
-  if (std::abs(law) >= law_threshold) {
+  if (!(std::abs(law) < law_threshold)) {  // not-a-number passes through the sine
     for (Index i = 0; i < count; ++i) {
       const double bent = law * b.theta[i];
       b.sine[i] = std::sin(bent);

@@ -100,6 +100,13 @@ TEST(VectorFromRotation, OfAHalfTurnTakesItsSignsFromTheFirstColumn) {
   EXPECT_LT((vector_from_rotation(half_turn) - pi * axis).norm(), 1e-7);
 }
 
+TEST(VectorFromRotation, OfAHalfTurnGoesBackwardsWhereTheAntisymmetricPartIsNegative) {
+  Matrix3d half_turn = Vector3d(1, -1, -1).asDiagonal();
+  half_turn(2, 1) = -1e-12;
+  half_turn(1, 2) = 1e-12;
+  EXPECT_EQ(vector_from_rotation(half_turn), Vector3d(-pi, 0, 0));
+}
+
 TEST(VectorFromRotation, TakesATraceAboveThreeForAShortTurn) {
   Matrix3d r = Matrix3d::Identity() * 1.001;
   r(2, 1) = 0.004;

@@ -223,6 +223,14 @@ TEST(ProjectPoints, PassesNotANumberOn) {
   EXPECT_TRUE(std::isfinite(got.x[1]));
 }
 
+TEST(ProjectPoints, PassesALawThatIsNotANumberOn) {
+  model_map model = distorted_model(1);
+  model[L] = std::numeric_limits<double>::quiet_NaN();
+  const pixels got = project(board(2, 1, 10), model, board_rotation, board_translation(model));
+  EXPECT_TRUE(std::isnan(got.x[0]));
+  EXPECT_TRUE(std::isnan(got.y[0]));
+}
+
 TEST(ProjectPoints, TakesAMissingParameterForZeroAndLeavesTheModelAlone) {
   model_map model = initial_model({1000, 1000, 90, 0});
   const pixels with = project(board(3, 3, 1), model, Vector3d::Zero(), Vector3d(0.1, 0.2, -9));
@@ -451,6 +459,21 @@ TEST(UnprojectPoints, BeyondTheReachOfASineIsNotANumber) {
   unproject_points(rays, pixel, model);
   EXPECT_TRUE(std::isnan(rays(0, 0)));
   EXPECT_FALSE(std::isnan(rays(0, 1)));
+}
+
+TEST(UnprojectPoints, MovesConvergedPixelsOnUntilTheLastHasConverged) {
+  model_map model = initial_model({1000, 1000, 90, 0});
+  model[rho_1] = 0.3;
+  Matrix2Xd pair(2, 2);
+  pair << 500 + 500 * 0.05, 500 + 500 * 3, 500, 500;
+  const auto first_error = [&](const Matrix2Xd& grid) {
+    Matrix3Xd rays;
+    unproject_points(rays, grid, model);
+    const double chi = rays(0, 0) / -rays(2, 0);
+    return std::abs(chi + 0.3 * chi * chi * chi - 0.05);
+  };
+  EXPECT_GT(first_error(pair.leftCols(1)), 1e-11);  // one step is within 1e-8
+  EXPECT_LT(first_error(pair), 1e-15);
 }
 
 TEST(UnprojectPoints, KeepsNobodyWaitingForAPixelThatIsNotANumber) {
