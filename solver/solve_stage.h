@@ -35,7 +35,8 @@ struct solve_settings {
 //   camera_terms  soft rows over the rig; they steer the step but don't judge it
 //   pose_terms    soft rows over every pose, likewise
 //
-// Reports nothing. Numbers that aren't finite end the solve at the last accepted state.
+// Reports nothing. Numbers that aren't finite end the solve at the last accepted state,
+// and so do a hundred steps in a row that leave the error where it was.
 // Without a shot the models come back as they are, but for LAMBDA. An output may be the
 // same object as its input. Runs on one thread.
 void solve_stage(run_report& report, rig& models_out, std::vector<view_group>& groups_out,

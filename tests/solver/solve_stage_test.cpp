@@ -114,6 +114,20 @@ TEST(SolveStage, TakesTheStepsOfThePlainLoopAndStopsAboveTheMostIterations) {
   EXPECT_EQ(solves, 3);
 }
 
+TEST(SolveStage, RenewsTheNoiseWithTheCountAheadOfARejection) {
+  scene s(0.2);
+  s.groups[2].shots[3][1](0, 11) += 60;
+  solve_settings settings;
+  settings.abs_tol = settings.rel_tol = 0;
+  settings.max_iterations = 5;  // two steps beyond the rejecting one
+  settings.reject = true;
+  const solver_problem problem = make_problem(s.groups, free_lists, free_poses(), {}, {}, settings);
+  plain_solver plain(problem, s.start);
+  for (int iteration = 0; iteration < 7; ++iteration) plain.step(iteration);
+  EXPECT_EQ(plain.state.weights.sum(), 28 * 30 - 1);
+  EXPECT_EQ(solve(s.start, s.groups, free_lists, settings).models, plain.state.models);
+}
+
 TEST(SolveStage, TakesAConvergedStep) {
   const scene s(0.2);
   solve_settings settings;
@@ -242,6 +256,23 @@ TEST(SolveStage, EndsOnPixelsThatFitPerfectly) {
   EXPECT_LT(got.report.max_error, 1e-9);
 }
 
+TEST(SolveStage, EndsWhereAPointStaysBeyondTheClamp) {
+  // Outer corners lie beyond the turning point of the distortion: their pixels are the
+  // clamped ones, the solver's derivatives are those of the unclamped, and every trial
+  // falls by the same amount.
+  rig models = testing::side_by_side(1);
+  models[0][rho_1] = -0.3;
+  view_group group;
+  group.cameras = {0};
+  group.board_points = testing::board(9, 7, 80);
+  group.poses = {{{pi, 0, 0}, {-180, 150, -400}}};
+  group.shots = {{testing::seen(group.board_points, models[0], group.poses[0])}};
+  group.poses[0].translation.x() += 5;
+  const solved got = solve(models, {group}, free_parameters(1), {}, {T_0, T_1, T_2});
+  EXPECT_GT(got.report.max_error, 1);
+  EXPECT_TRUE(std::isfinite(got.report.max_error));
+}
+
 TEST(SolveStage, MayWriteToItsInputs) {
   const scene s(0.1);
   const solved apart = solve(s.start, s.groups, free_lists, {});
@@ -257,9 +288,8 @@ TEST(SolveStage, ReportsErrorsAndDistancesAtTheResult) {
   const rig models = testing::side_by_side(2);
   std::vector<view_group> groups = {testing::shoot(models, {0}, 2, 1),
                                     testing::shoot(models, {0, 1}, 1, 2)};
-  groups[0].shots[0][0].col(3) += Eigen::Vector2d(0.3, 0.4);   // 0.5
-  groups[1].shots[0][1].col(8) += Eigen::Vector2d(-0.6, 0.8);  // 1.0
-  groups[0].poses[0].translation = groups[0].poses[0].translation;
+  groups[0].shots[0][0].col(3) += Eigen::Vector2d(0.3, 0.4);             // 0.5
+  groups[1].shots[0][1].col(8) += Eigen::Vector2d(-0.6, 0.8);            // 1.0
   const solved got = solve(models, groups, free_parameters(2), {}, {});  // nothing may move
   EXPECT_NEAR(got.report.average_error, 1.5 / 120, 1e-12);
   EXPECT_NEAR(got.report.max_error, 1.0, 1e-12);

@@ -176,7 +176,6 @@ TEST(TryStep, RejectsPointsBeyondTheLimitAndCountsThemOnceMore) {
 TEST(TryStep, HasAFloorOfOnePixelInTheRejectionOnly) {
   small_problem made(0.0);
   made.models = made.truth;
-  for (view_group& group : made.groups) group.poses = {};
   made.groups = {testing::shoot(made.truth, {0}, 1, 1)};
   made.groups[0].shots[0][0](0, 4) += 4.5;  // 20.25 below 24
   made.groups[0].shots[0][0](1, 9) += 5.0;  // 25 above
