@@ -241,11 +241,13 @@ TEST_F(Osd, MapsAnglesToColumnsAndRadiiToRows) {
     const cv::Mat rectangle = cv::imread(output);
     ASSERT_EQ(rectangle.size(), cv::Size(c.width, c.height));
     const int stride = c.width * c.height > 100000 ? 37 : 1;
-    for (int j = 0; j<c.height; j += c.height> 1000 ? stride : 1) {
+    const int row_step = c.height > 1000 ? stride : 1;
+    const int column_step = c.width > 1000 ? stride : 1;
+    for (int j = 0; j < c.height; j += row_step) {
       const double radius = c.side / 2 - j * (c.side * 0.5 / c.height);
       // Beyond lies the picture's edge; nearer to the centre a pixel spans wide angles.
       if (radius > c.side / 2 - 1.5 || radius < 20) continue;
-      for (int i = 0; i<c.width; i += c.width> 1000 ? stride : 1) {
+      for (int i = 0; i < c.width; i += column_step) {
         const double angle = 2 * pi * (c.width / 4 + i) / c.width;
         const cv::Vec3b pixel = rectangle.at<cv::Vec3b>(j, i);
         ASSERT_NEAR(pixel[0], 128 + 100 * std::cos(angle), 1.5) << j << " " << i;
