@@ -16,6 +16,7 @@ void add_poly_command(CLI::App& tool, int& exit_code);
 void add_preview_command(CLI::App& tool, int& exit_code);
 void add_simulate_boards_command(CLI::App& simulate, int& exit_code);
 void add_simulate_command(CLI::App& tool, int& exit_code);
+void add_simulate_fixture_command(CLI::App& simulate, int& exit_code);
 void add_simulate_masks_command(CLI::App& simulate, int& exit_code);
 void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
 void add_simulate_world_command(CLI::App& simulate, int& exit_code);

@@ -12,6 +12,7 @@ void add_simulate_command(CLI::App& tool, int& exit_code) {
   oc_pan simulate boards rig.json made
   oc_pan cal made/calibration.txt)");
   add_simulate_boards_command(*command, exit_code);
+  add_simulate_fixture_command(*command, exit_code);
   add_simulate_masks_command(*command, exit_code);
   add_simulate_preset_command(*command, exit_code);
   add_simulate_world_command(*command, exit_code);
