@@ -143,8 +143,7 @@ cameras, on one half for more. A production run finds back a turn of up to about
 
 Examples:
   oc_pan simulate preset 4-lens1 --out rig.json
-  oc_pan simulate fixture rig.json fixture --cell 5
-  oc_pan prod --radius 1 fixture/disturbed.txt refined.txt fixture/fixture_*.png)");
+  oc_pan simulate fixture rig.json fixture --cell 5)");
   command->callback([options, &exit_code] { exit_code = make_fixture(*options); });
 }
 
