@@ -29,6 +29,10 @@ class DebugPictures : public ::testing::Test {
     return count;
   }
 
+  static double largest_change(const cv::Mat& picture) {
+    return cv::norm(picture, cv::Mat(picture.size(), CV_8UC3, cv::Scalar::all(128)), cv::NORM_INF);
+  }
+
   testing::working_folder folder_;
   const cv::Mat grey_ = cv::Mat(64, 96, CV_8UC1, cv::Scalar(128));
   const std::vector<prod_corner> corners_{
@@ -69,8 +73,15 @@ TEST_F(DebugPictures, NumberTheMatchesOfBothCameras) {
   const std::vector<cv::Mat> pictures(3, grey_);
   const std::vector<std::vector<prod_corner>> corners{{}, corners_, corners_};
   write_match_pictures("2.naive_matches_", {1, 2}, {{0, 1}, {2, 3}}, pictures, corners);
-  ASSERT_EQ(read("2.naive_matches_12_1").size(), grey_.size());
-  ASSERT_EQ(read("2.naive_matches_12_2").size(), grey_.size());
+  const cv::Mat first = read("2.naive_matches_12_1");
+  const cv::Mat second = read("2.naive_matches_12_2");
+  ASSERT_EQ(first.size(), grey_.size());
+  ASSERT_EQ(second.size(), grey_.size());
+  // The first camera's corners stand in rows 30 and 31, the second's in row 50.
+  EXPECT_GT(largest_change(first.rowRange(24, 40)), 12);
+  EXPECT_LT(largest_change(first.rowRange(48, 64)), 5);
+  EXPECT_GT(largest_change(second.rowRange(44, 60)), 12);
+  EXPECT_LT(largest_change(second.rowRange(0, 32)), 5);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator("tmp"), {}), 2);
 }
 

@@ -5,7 +5,17 @@
 #include <gtest/gtest.h>
 #include <opencv2/imgcodecs.hpp>
 
+#include "calibration/read_image.h"
+#include "model/rigid_rotation.h"
+#include "platform/processors.h"
+#include "production/corner_detection.h"
+#include "production/corner_refinement.h"
+#include "production/fixture_refinement.h"
 #include "production/production_codes.h"
+#include "production/production_report.h"
+#include "production/quad_colours.h"
+#include "production/quads.h"
+#include "production/rotation_search.h"
 #include "tests/production/fixture_job.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
@@ -24,11 +34,13 @@ class ProductionRun : public ::testing::Test {
  protected:
   ProductionRun() { std::filesystem::create_directory("tmp"); }
 
-  static fixture_job render_job(double step_degrees, const std::string& folder) {
+  static fixture_job render_job(double step_degrees, const std::string& folder,
+                                const fixture_disturbance& disturbance = {0.7 * 7.5, 0.05, 0.0005,
+                                                                          1}) {
     const rig_description description = fixture_rig(2, {480, 360, 120, 1}, step_degrees, 30);
     fixture_description fixture = suitable_fixture(description);
     fixture.cell_degrees = 7.5;
-    return {description, fixture, {0.7 * 7.5, 0.05, 0.0005, 1}, folder};
+    return {description, fixture, disturbance, folder};
   }
   // A job whose cameras overlap, rendered once for all tests.
   static fixture_job make_job() {
@@ -108,6 +120,85 @@ TEST_F(ProductionRun, GivesTheSameBytesFromTheSameStart) {
   EXPECT_EQ(read_file(job.output()), output);
   EXPECT_EQ(first.size(), 7u);
   for (const auto& [name, bytes] : first) EXPECT_TRUE(read_file("tmp/" + name) == bytes) << name;
+}
+
+// The run's stages one after the other, for a single pair: what is handed on, and the
+// numbers that the line has settled on.
+TEST_F(ProductionRun, HandsEachStageWhatTheOneBeforeGave) {
+  // Moved far enough that some matches stay a good part of a cell apart after the search.
+  fixture_job job = render_job(60, ".", {3, 20, 0.02, 1});
+  ASSERT_EQ(run(job), code::success);
+  const std::string output = read_file(job.output());
+  const std::string report = read_file("tmp/Prod_QA_Measures.txt");
+
+  selen360_cal_file start(1000.0F);
+  ASSERT_EQ(start.load(job.files().disturbed_calibration.c_str()), code::success);
+  const rig& models = start.models();
+  constexpr double radius = 1000;
+  const camera_pair pair{0, 1};
+  corner_scratch scratch;
+  std::vector<std::vector<prod_corner>> corners;
+  std::vector<Eigen::Matrix2Xd> pixels(2);
+  std::vector<quad_lists> quads;
+  std::vector<sphere_points> points, turned;
+  for (std::size_t c = 0; c < 2; ++c) {
+    cv::Mat picture;
+    ASSERT_EQ(read_image(picture, job.files().pictures[c].c_str(), 0, 480, 360), code::success);
+    corners.push_back(refine_corners(picture, detect_corner_candidates(picture, scratch)));
+    const auto found = build_quads(corners[c]);
+    quads.push_back(classify_quads(found, quad_intensity_stats(picture, found, corners[c])));
+    pixels[c].resize(2, static_cast<Eigen::Index>(corners[c].size()));
+    Eigen::Index k = 0;
+    for (const prod_corner& corner : corners[c]) pixels[c].col(k++) << corner.x, corner.y;
+    points.push_back(features_to_sphere(models[c], pixels[c],
+                                        build_sphere_grid(models[c], 480, 360, radius), radius));
+  }
+  const double scale = quad_scale(quads, points);
+  std::vector<quad_match> matches =
+      match_quads(quads[0].black, quads[1].black, points[0], points[1]);
+  for (const quad_match& white :
+       match_quads(quads[0].white, quads[1].white, points[0], points[1])) {
+    matches.push_back(white);
+  }
+  const pair_map<corner_index_lists> first_pass{{pair, corner_pairs(matches)}};
+  const pair_map<std::vector<quad_match>> quad_matches{{pair, matches}};
+  const pair_map<point_lists> pair_points{{pair,
+                                           {select_points(points[0], first_pass.at(pair).first),
+                                            select_points(points[1], first_pass.at(pair).second)}}};
+  const std::vector<camera_pair> pairs{pair};
+  const camera_graph graph = build_camera_graph(first_pass);
+  const search_inputs inputs{2,       &graph, &pairs,        &first_pass,
+                             &points, scale,  &quad_matches, &pair_points};
+  std::vector<Eigen::Matrix3d> rotations;
+  std::srand(1);
+  ASSERT_EQ(rotation_search(rotations, inputs, search_worker_count(processor_count())),
+            code::success);
+  rig turned_models;
+  for (std::size_t c = 0; c < 2; ++c) {
+    turned.emplace_back(rotations[c] * points[c]);
+    turned_models.push_back(rotate_model(models[c], rotations[c]));
+  }
+  const pair_map<corner_index_lists> second_pass{
+      {pair, match_nearest(turned[0], turned[1], scale / 2)}};
+  auto measurements = build_pair_measurements(pairs, second_pass, corners, turned, radius);
+  rig refined;
+  refine_rig(refined, measurements, turned_models, measurements, radius, {5, 20, 0.1F});
+
+  prod_measures measures;
+  measure_reprojection(measures, refined, measurements);
+  std::vector<sphere_points> after;
+  for (std::size_t c = 0; c < 2; ++c) {
+    after.push_back(features_to_sphere(refined[c], pixels[c],
+                                       build_sphere_grid(refined[c], 480, 360, radius), radius));
+  }
+  measure_deltas(measures, points, after, scale);
+  EXPECT_EQ(job.max_error(), measures.reprojection_max);
+  EXPECT_EQ(job.mean_error(), measures.reprojection_mean);
+  EXPECT_EQ(job.samples(), measures.point_count);
+  write_production_report(measures, 2);
+  EXPECT_EQ(read_file("tmp/Prod_QA_Measures.txt"), report);
+  ASSERT_EQ(selen360_cal_file(refined, start.details()).save("expected.txt"), code::success);
+  EXPECT_EQ(output, read_file("expected.txt"));
 }
 
 TEST_F(ProductionRun, NeedsNoFolderForItsPictures) {

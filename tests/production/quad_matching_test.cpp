@@ -128,11 +128,19 @@ TEST(QuadScale, IsNotANumberWithoutAQuad) {
 }
 
 TEST(QuadScale, LeavesOutEdgesThatAreNoNumbers) {
-  sphere_points points(3, 8);
-  points << 0, 1, 1, 0, 0, 1, not_a_number, 0,  //
-      0, 0, 1, 1, 0, 0, 1, 1,                   //
-      0, 0, 0, 0, 0, 0, 0, 0;
-  EXPECT_EQ(quad_scale({{{}, {{0, 1, 2, 3}, {4, 5, 6, 7}}}}, {points}), 1);
+  // Sides 1, 3, 1, 3 and of the second quad one 1 and one 3, whichever corner is broken: the
+  // squares' median is 5. Taken for large or for small, edges to nowhere make it 9 or 1.
+  for (Eigen::Index broken = 4; broken < 8; ++broken) {
+    sphere_points points(3, 8);
+    points << 0, 1, 1, 0, 0, 1, 1, 0,  //
+        0, 0, 3, 3, 0, 0, 3, 3,        //
+        0, 0, 0, 0, 0, 0, 0, 0;
+    points(2, broken) = not_a_number;
+    const prod_quad whole = {0, 1, 2, 3};
+    const prod_quad half = {4, 5, 6, 7};
+    EXPECT_DOUBLE_EQ(quad_scale({{{}, {whole, half}}}, {points}), std::sqrt(5)) << broken;
+    EXPECT_DOUBLE_EQ(quad_scale({{{}, {half, whole}}}, {points}), std::sqrt(5)) << broken;
+  }
 }
 
 TEST(QuadDistance, IsZeroForTheSameQuadHoweverItStarts) {

@@ -214,7 +214,7 @@ TEST(TryHypothesis, MarksASingleMatchAtOnceAndStillTurnsByIt) {
 
 TEST(TryHypothesis, OnePairWithoutADrawLeavesTheWholeGuessWithoutInliers) {
   search_scene scene = make_search_scene({{0, 0, 0}, {0.01, 0, 0}, {0, 0.01, 0}}, {{0, 1}, {1, 2}});
-  scene.matches[{1, 2}].resize(1);
+  scene.matches[{0, 1}].resize(1);  // the first of two that are drawn
   scene.renew();
   std::mt19937 generator(6);
   const hypothesis guess = try_hypothesis(generator, scene.inputs());
