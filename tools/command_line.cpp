@@ -19,6 +19,8 @@ int run_command_line(int argc, const char* const* argv) {
   add_osd_command(tool, exit_code);
   add_poly_command(tool, exit_code);
   add_preview_command(tool, exit_code);
+  add_prod_child_command(tool, exit_code);
+  add_prod_command(tool, exit_code);
   add_simulate_command(tool, exit_code);
   add_version_command(tool, exit_code);
   add_view_yuv_command(tool, exit_code);
