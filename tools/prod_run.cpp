@@ -114,6 +114,16 @@ void explain(const prod_child_end& end) {
   }
 }
 
+// Says what a failed run leaves where a calibration is expected.
+void tell_of_output(const std::string& output) {
+  std::error_code failure;
+  if (std::filesystem::exists(native_path(output), failure)) {
+    complain("no calibration was written, ", output, " is of an earlier run");
+  } else {
+    complain("no calibration was written");
+  }
+}
+
 int exit_code_of(const prod_child_end& end) {
   if (end.reply) return end.reply->result & 0xFF;
   return end.process.how == child_end::kind::killed ? end.process.code : exit_child_lost;
@@ -175,6 +185,7 @@ int run_prod(const prod_options& options, const std::string& program) {
     exit_code = judge(entry.measures, limits, options.job.pictures.size());
   } else {
     explain(end);
+    tell_of_output(options.job.output);
     list_debug_pictures();
   }
   entry.exit_code = exit_code;

@@ -102,6 +102,14 @@ TEST_F(ProdRun, LeavesNothingOfAnEarlierRunAfterAFailure) {
   EXPECT_TRUE(has(read_file("line.csv"), ",A1,failed,2,,"));
 }
 
+TEST_F(ProdRun, WarnsOfTheOutputOfAnEarlierRun) {
+  write_file("refined.txt", "old");
+  options_.job.calibration = "none.txt";
+  run();
+  EXPECT_EQ(read_file("refined.txt"), "old");
+  EXPECT_TRUE(has(err_, "no calibration was written, refined.txt is of an earlier run")) << err_;
+}
+
 TEST_F(ProdRun, RefusesToReplaceAnInput) {
   write_file("old.txt", "x");
   options_.job.calibration = "old.txt";
