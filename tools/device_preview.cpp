@@ -153,7 +153,7 @@ device_panorama stitch(const std::vector<device_camera>& cameras, int width, int
 }
 
 void draw_polygons(cv::Mat& panorama, const std::vector<device_polygon>& polygons) {
-  constexpr int steps = 16;  // an edge is drawn in so many lines
+  constexpr int steps = 64;  // an edge is drawn in so many lines
   static const std::array<cv::Scalar, 8> colours = {
       cv::Scalar(60, 60, 255),  cv::Scalar(60, 220, 60),  cv::Scalar(255, 120, 60),
       cv::Scalar(60, 220, 255), cv::Scalar(255, 60, 220), cv::Scalar(230, 230, 60),
