@@ -26,7 +26,7 @@ if(UNIX AND NOT APPLE)
 endif()
 if(OCPAN_SANITIZE)
   target_compile_options(ocpan_flags INTERFACE
-    -fsanitize=${OCPAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    -fsanitize=${OCPAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   target_link_options(ocpan_flags INTERFACE -fsanitize=${OCPAN_SANITIZE})
 endif()
 target_compile_definitions(ocpan_flags INTERFACE
