@@ -60,8 +60,9 @@ inline view_group shoot(const rig& models, const std::vector<std::size_t>& camer
   return group;
 }
 
-// Adds Gaussian noise to every pixel.
+// Adds Gaussian noise to every pixel; none with a sigma of 0.
 inline void add_noise(std::vector<view_group>& groups, double sigma, unsigned seed) {
+  if (sigma == 0) return;
   std::mt19937 random(seed);
   std::normal_distribution<double> noise(0, sigma);
   for (view_group& group : groups) {
