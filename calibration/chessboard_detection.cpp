@@ -6,6 +6,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "calibration/board_corners.h"
 #include "calibration/read_image.h"
 #include "platform/native_path.h"
 #include "src/console.h"
@@ -13,26 +14,6 @@
 
 namespace ocpan {
 namespace {
-
-constexpr int finder_flags = cv::CALIB_CB_ADAPTIVE_THRESH | cv::CALIB_CB_NORMALIZE_IMAGE;
-constexpr int refinement_half_window = 3;  // pixels
-constexpr int refinement_iterations = 1000;
-constexpr double refinement_epsilon = 0.001;  // pixels
-
-// The inner corners to a fraction of a pixel. False if the board isn't found, or if OpenCV
-// throws on the picture.
-bool find_corners(std::vector<cv::Point2f>& corners, const cv::Mat& grey, cv::Size board) {
-  try {
-    if (!cv::findChessboardCorners(grey, board, corners, finder_flags)) return false;
-    cv::cornerSubPix(grey, corners, cv::Size(refinement_half_window, refinement_half_window),
-                     cv::Size(-1, -1),
-                     cv::TermCriteria(cv::TermCriteria::COUNT | cv::TermCriteria::EPS,
-                                      refinement_iterations, refinement_epsilon));
-    return true;
-  } catch (...) {
-    return false;
-  }
-}
 
 // Draws the corners into the picture, in colour if the board was found, and writes it. A
 // picture that can't be written is no loss.
@@ -48,15 +29,6 @@ void write_debug_picture(const std::string& name, cv::Mat grey, cv::Size board,
   }
 }
 
-Eigen::Matrix2Xd corner_matrix(const std::vector<cv::Point2f>& corners) {
-  Eigen::Matrix2Xd matrix(2, static_cast<Eigen::Index>(corners.size()));
-  for (Eigen::Index k = 0; k < matrix.cols(); ++k) {
-    const cv::Point2f& corner = corners[static_cast<std::size_t>(k)];
-    matrix.col(k) << corner.x, corner.y;
-  }
-  return matrix;
-}
-
 // The board in a picture, and the debug picture and line that go with it.
 board_view detect_board(const cv::Mat& grey, const cal_frame_set& set, std::size_t position,
                         std::size_t frame) {
@@ -64,7 +36,7 @@ board_view detect_board(const cv::Mat& grey, const cal_frame_set& set, std::size
   const std::string name = frame_picture_name(set.name, position, frame);
   std::vector<cv::Point2f> corners;
   board_view view;
-  view.found = find_corners(corners, grey, board);
+  view.found = find_board_corners(corners, grey, board, board_search::thorough);
   if (view.found) view.corners = corner_matrix(corners);
   if (!view.found) {
     write_debug_picture(name, grey, board, corners, false);
