@@ -1,7 +1,5 @@
 #include "calibration/chessboard_detection.h"
 
-#include <algorithm>
-
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -66,14 +64,6 @@ frame_views detect_frame(cal_frame_set& set, std::size_t frame) {
     views.push_back(detect_board(grey, set, position, frame));
   }
   return views;
-}
-
-// As many frames as the camera with the fewest files has.
-std::size_t frame_count(const cal_frame_set& set) {
-  const auto fewest = std::min_element(
-      set.set_cameras.begin(), set.set_cameras.end(),
-      [](const set_camera& a, const set_camera& b) { return a.files.size() < b.files.size(); });
-  return fewest == set.set_cameras.end() ? 0 : fewest->files.size();
 }
 
 }  // namespace

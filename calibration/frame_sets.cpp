@@ -1,5 +1,7 @@
 #include "calibration/frame_sets.h"
 
+#include <algorithm>
+
 namespace ocpan {
 
 std::vector<cal_frame_set> make_frame_sets(const std::vector<set_config>& sets,
@@ -19,6 +21,13 @@ std::vector<cal_frame_set> make_frame_sets(const std::vector<set_config>& sets,
     made.save_frames = set.save_frames;
   }
   return frame_sets;
+}
+
+std::size_t frame_count(const cal_frame_set& set) {
+  const auto fewest = std::min_element(
+      set.set_cameras.begin(), set.set_cameras.end(),
+      [](const set_camera& a, const set_camera& b) { return a.files.size() < b.files.size(); });
+  return fewest == set.set_cameras.end() ? 0 : fewest->files.size();
 }
 
 }  // namespace ocpan

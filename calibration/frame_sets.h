@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -28,5 +29,8 @@ struct cal_frame_set {
 //   cameras   the whole rig
 [[nodiscard]] std::vector<cal_frame_set> make_frame_sets(
     const std::vector<set_config>& sets, const std::vector<camera_details>& cameras);
+
+// How many frames a run takes from a set: as many as the camera with the fewest files has.
+[[nodiscard]] std::size_t frame_count(const cal_frame_set& set);
 
 }  // namespace ocpan

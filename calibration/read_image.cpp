@@ -18,15 +18,7 @@ bool is_raw(int filetype) { return filetype >= 1 && filetype <= 8; }
 bool has_two_bytes(int filetype) { return filetype >= 5; }
 
 int read_coded(cv::Mat& picture, const char* file_name) {
-  try {
-    const cv::Mat colour = cv::imread(native_path(file_name), cv::IMREAD_COLOR);
-    if (!colour.empty()) {
-      cv::cvtColor(colour, picture, cv::COLOR_BGR2GRAY);
-      return code::success;
-    }
-  } catch (...) {
-    // OpenCV throws on some of what it can't decode, on a header of 60,000 by 60,000 for one.
-  }
+  if (decode_grey(picture, file_name)) return code::success;
   print_line("Error opening image file ", file_name);
   return code::content_malformed;
 }
@@ -78,6 +70,18 @@ int check_picture(const cv::Mat& picture, const char* file_name, int width, int 
 }
 
 }  // namespace
+
+bool decode_grey(cv::Mat& picture, const char* file_name) {
+  try {
+    const cv::Mat colour = cv::imread(native_path(file_name), cv::IMREAD_COLOR);
+    if (colour.empty()) return false;
+    cv::cvtColor(colour, picture, cv::COLOR_BGR2GRAY);
+    return true;
+  } catch (...) {
+    // OpenCV throws on some of what it can't decode, on a header of 60,000 by 60,000 for one.
+    return false;
+  }
+}
 
 int read_image(cv::Mat& picture, const char* file_name, int filetype, int width, int height) {
   if (!file_name) {

@@ -18,4 +18,8 @@ namespace ocpan {
 [[nodiscard]] int read_image(cv::Mat& picture, const char* file_name, int filetype, int width,
                              int height);
 
+// Decodes a picture of any format that OpenCV knows to 8-bit grey, as it is and without a
+// word. Gives false if it can't be opened or decoded. Safe on several threads.
+[[nodiscard]] bool decode_grey(cv::Mat& picture, const char* file_name);
+
 }  // namespace ocpan

@@ -38,18 +38,23 @@ void copy_measures(const run_report& report, qa_summary& summary) {
 
 }  // namespace
 
-int calibrate(const char* config_file, qa_summary* summary) {
-  string_pool pool;
-  std::string output_file;
-  std::vector<camera_details> cameras;
-  std::vector<set_config> sets;
+int read_calibration_job(std::vector<camera_details>& cameras, std::vector<set_config>& sets,
+                         std::string& output_file, string_pool& pool, const char* config_file) {
   const int read = read_config(cameras, sets, output_file, pool, config_file);
   // Ahead of the reader's result: a file that can't be opened leaves no camera.
   if (cameras.size() < 2 || cameras.size() > 8) return code::argument_invalid;
   if (read != code::success) return read;
   sets.erase(std::remove_if(sets.begin(), sets.end(), has_no_files), sets.end());
-  const int ids = check_camera_ids(sets, cameras.size());
-  if (ids != code::success) return ids;
+  return check_camera_ids(sets, cameras.size());
+}
+
+int calibrate(const char* config_file, qa_summary* summary) {
+  string_pool pool;
+  std::string output_file;
+  std::vector<camera_details> cameras;
+  std::vector<set_config> sets;
+  const int read = read_calibration_job(cameras, sets, output_file, pool, config_file);
+  if (read != code::success) return read;
 
   run_report report;
   const int result = run_calibration(output_file, cameras, sets, report);

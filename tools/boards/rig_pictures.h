@@ -31,7 +31,4 @@ struct rig_pictures {
 [[nodiscard]] int read_rig_pictures(rig_pictures& pictures, std::string& said,
                                     const std::string& configuration);
 
-// How many frames a run takes from a set: as many as its shortest series has pictures.
-[[nodiscard]] std::size_t frame_count(const cal_frame_set& set);
-
 }  // namespace ocpan
