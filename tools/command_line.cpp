@@ -14,6 +14,7 @@ int run_command_line(int argc, const char* const* argv) {
   int exit_code = 0;
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
+  add_export_command(tool, exit_code);
   add_lut_command(tool, exit_code);
   add_mask_command(tool, exit_code);
   add_osd_command(tool, exit_code);
