@@ -80,8 +80,9 @@ void to_axis_coordinates(projection_block& b, const double* points, Index count,
     b.lx[i] = b.dx[i] - b.zeta[i] * ox;
     b.ly[i] = b.dy[i] - b.zeta[i] * oy;
     b.lz[i] = b.dz[i] - b.zeta[i] * oz;
-    b.m[i] = std::sqrt(b.lx[i] * b.lx[i] + b.ly[i] * b.ly[i] + b.lz[i] * b.lz[i]);
+    b.m[i] = b.lx[i] * b.lx[i] + b.ly[i] * b.ly[i] + b.lz[i] * b.lz[i];
   }
+  for (Index i = 0; i < count; ++i) b.m[i] = std::sqrt(b.m[i]);
 }
 
 void angles(projection_block& b, Index count, double law, bool clamped) {
@@ -110,15 +111,20 @@ void apply_law(projection_block& b, Index count, double law) {
 
 void to_pixels(projection_block& b, Index count, const camera_frame& camera, double chi_limit,
                bool clamped, double* x_out, double* y_out) {
-  const Vector3d& o = camera.distortion_axis;
-  const Vector3d& axis = camera.axis;
-  const Vector3d& h = camera.horizontal;
-  const Vector3d& v = camera.vertical;
+  const Vector3d o = camera.distortion_axis;
+  const Vector3d axis = camera.axis;
+  const Vector3d h = camera.horizontal;
+  const Vector3d v = camera.vertical;
+  const double r0 = camera.r0, r1 = camera.r1, r2 = camera.r2;
+  for (Index i = 0; i < count; ++i) b.zeta2[i] = b.m[i] / b.chi[i];  // chi ahead of its clamp
+  if (clamped) {
+    for (Index i = 0; i < count; ++i) {
+      b.chi[i] = clamp_passing_nan(b.chi[i], -chi_limit, chi_limit);
+    }
+  }
   for (Index i = 0; i < count; ++i) {
-    b.zeta2[i] = b.m[i] / b.chi[i];  // with chi ahead of its clamp
-    if (clamped) b.chi[i] = clamp_passing_nan(b.chi[i], -chi_limit, chi_limit);
     const double chi2 = b.chi[i] * b.chi[i];
-    b.mu[i] = camera.r0 + camera.r1 * chi2 + camera.r2 * (chi2 * chi2);
+    b.mu[i] = r0 + r1 * chi2 + r2 * (chi2 * chi2);
     b.qx[i] = (1 + b.mu[i]) * b.lx[i] + b.zeta2[i] * o.x();
     b.qy[i] = (1 + b.mu[i]) * b.ly[i] + b.zeta2[i] * o.y();
     b.qz[i] = (1 + b.mu[i]) * b.lz[i] + b.zeta2[i] * o.z();
@@ -138,28 +144,42 @@ struct derivative_block {
   values inverse_m, inverse_chi;
 };
 
+// Of chi by theta, and by LAMBDA with theta held.
+void law_derivatives(derivative_block& d, const projection_block& b, Index count, double law) {
+  if (law >= law_threshold) {
+    const double twice_cubed = 2 * law * law * law;
+    for (Index i = 0; i < count; ++i) {
+      const double square = b.cosine[i] * b.cosine[i];
+      d.chi_by_theta[i] = 1 / square;
+      d.chi_by_lambda[i] = (law * b.theta[i] / square - b.sine[i] / b.cosine[i]) / twice_cubed;
+    }
+  } else if (-law >= law_threshold) {
+    const double cubed = law * law * law;
+    for (Index i = 0; i < count; ++i) {
+      d.chi_by_theta[i] = b.cosine[i];
+      d.chi_by_lambda[i] = (b.sine[i] - law * b.theta[i] * b.cosine[i]) / cubed;
+    }
+  } else {
+    for (Index i = 0; i < count; ++i) {
+      const double theta = b.theta[i];
+      d.chi_by_theta[i] = law > 0 ? 1 / (b.cosine[i] * b.cosine[i]) : b.cosine[i];
+      d.chi_by_lambda[i] = theta * theta * theta / 3;
+    }
+  }
+}
+
 void shared_derivatives(derivative_block& d, projection_block& b, Index count,
                         const camera_frame& camera) {
-  const double law = camera.law;
+  const double law = camera.law, r1 = camera.r1, r2 = camera.r2;
   for (Index i = 0; i < count; ++i) {
     const double bent = law * b.theta[i];
     b.sine[i] = std::sin(bent);
     b.cosine[i] = std::cos(bent);
   }
+  law_derivatives(d, b, count, law);
   for (Index i = 0; i < count; ++i) {
-    const double theta = b.theta[i];
-    const double sine = b.sine[i], cosine = b.cosine[i];
-    d.chi_by_theta[i] = law > 0 ? 1 / (cosine * cosine) : cosine;
-    if (law >= law_threshold) {
-      d.chi_by_lambda[i] =
-          (law * theta / (cosine * cosine) - sine / cosine) / (2 * law * law * law);
-    } else if (-law >= law_threshold) {
-      d.chi_by_lambda[i] = (sine - law * theta * cosine) / (law * law * law);
-    } else {
-      d.chi_by_lambda[i] = theta * theta * theta / 3;
-    }
     const double chi = b.chi[i];
-    d.mu_by_chi[i] = 2 * camera.r1 * chi + 4 * camera.r2 * (chi * chi * chi);
+    d.mu_by_chi[i] = 2 * r1 * chi + 4 * r2 * (chi * chi * chi);
     const double square = b.m[i] * b.m[i] + b.zeta[i] * b.zeta[i];
     d.theta_by_m[i] = b.zeta[i] / square;
     d.theta_by_zeta[i] = -b.m[i] / square;
@@ -169,14 +189,18 @@ void shared_derivatives(derivative_block& d, projection_block& b, Index count,
   }
 }
 
-// The columns of a derivative_map for one block.
+// The derivatives of one block. They are worked out side by side in here and then go to the
+// map column by column: columns a multiple of 4096 bytes apart share a few lines of the
+// cache, which points that come in large numbers would fight for.
 struct derivative_columns {
-  derivative_columns(derivative_map& map, Index start) {
+  double column[T_2 + 1][block_size];
+
+  void store(derivative_map& map, Index start, Index count) const {
     for (int key = 0; key <= T_2; ++key) {
-      column[key] = derivative_map::contains(key) ? map[key].data() + start : nullptr;
+      if (!derivative_map::contains(key)) continue;
+      std::copy_n(column[key], count, map[key].data() + start);
     }
   }
-  double* column[T_2 + 1];
 };
 
 // The derivatives of one pixel coordinate x = (Q.S) / (Q.A), S being H or V.
@@ -185,19 +209,19 @@ struct derivative_columns {
 //
 // With g = (S - x A) / a, dx = g.dQ, and Q = (1 + mu) lam + zeta2 O gives
 // g.dQ = (1 + mu) g.dlam + (g.lam) dmu + (g.O) dzeta2 + zeta2 g.dO.
-void coordinate_derivatives(const derivative_columns& out, const projection_block& b,
+void coordinate_derivatives(derivative_columns& out, const projection_block& b,
                             const derivative_block& d, const double* points, Index count,
                             const camera_frame& camera, const Vector3d& scale,
                             parameter_name scale_first, parameter_name other_first,
                             const double* coordinate,
                             const std::array<Eigen::Matrix3d, 3>& rotation_by) {
-  const Vector3d& o = camera.distortion_axis;
-  const Vector3d& axis = camera.axis;
+  const Vector3d o = camera.distortion_axis;
+  const Vector3d axis = camera.axis;
   const Vector3d axis_by[2] = {direction_d_th(camera.a_th, camera.a_ph),
                                direction_d_ph(camera.a_th, camera.a_ph)};
   const Vector3d o_by[2] = {direction_d_th(camera.o_th, camera.o_ph),
                             direction_d_ph(camera.o_th, camera.o_ph)};
-  auto* const* column = out.column;
+  auto& column = out.column;
   for (Index i = 0; i < count; ++i) {
     const double x = coordinate[i], inverse_a = d.inverse_a[i];
     const double qx = b.qx[i], qy = b.qy[i], qz = b.qz[i];
@@ -307,6 +331,7 @@ void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map
 
   projection_block b;
   derivative_block d;
+  derivative_columns columns;
   for (Index start = 0; start < total; start += block_size) {
     const Index count = std::min(block_size, total - start);
     const double* block_points = points.data() + 3 * start;
@@ -318,10 +343,12 @@ void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map
     to_pixels(b, count, camera, chi_limit, !want_derivatives, x, y);
     if (!want_derivatives) continue;
     shared_derivatives(d, b, count, camera);
-    coordinate_derivatives({dx_out, start}, b, d, block_points, count, camera, camera.horizontal,
-                           H_0, V_0, x, rotation_by);
-    coordinate_derivatives({dy_out, start}, b, d, block_points, count, camera, camera.vertical, V_0,
-                           H_0, y, rotation_by);
+    coordinate_derivatives(columns, b, d, block_points, count, camera, camera.horizontal, H_0, V_0,
+                           x, rotation_by);
+    columns.store(dx_out, start, count);
+    coordinate_derivatives(columns, b, d, block_points, count, camera, camera.vertical, V_0, H_0, y,
+                           rotation_by);
+    columns.store(dy_out, start, count);
   }
 }
 
