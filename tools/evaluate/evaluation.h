@@ -80,6 +80,7 @@ struct evaluated_camera {
   residual_summary residuals;
   std::size_t boards = 0;           // used ones that it saw
   std::size_t left_out = 0;         // boards left out that it saw
+  double alone_rms_pixels = 0;      // of its views with poses fitted to each alone: its lens
   std::vector<angle_bin> by_angle;  // of equal width, up to the farthest corner
   verdict judged = verdict::good;
 };
