@@ -15,6 +15,7 @@ int run_command_line(int argc, const char* const* argv) {
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
   add_export_command(tool, exit_code);
+  add_import_project_command(tool, exit_code);
   add_lut_command(tool, exit_code);
   add_mask_command(tool, exit_code);
   add_osd_command(tool, exit_code);

@@ -10,6 +10,7 @@ namespace ocpan {
 void add_cal_child_command(CLI::App& tool, int& exit_code);
 void add_cal_command(CLI::App& tool, int& exit_code);
 void add_export_command(CLI::App& tool, int& exit_code);
+void add_import_project_command(CLI::App& tool, int& exit_code);
 void add_lut_command(CLI::App& tool, int& exit_code);
 void add_mask_command(CLI::App& tool, int& exit_code);
 void add_osd_command(CLI::App& tool, int& exit_code);
