@@ -55,6 +55,11 @@ struct camera_state {
   model_map lens;          // all keys and LAMBDA, in the camera's frame, with centre 0
 };
 
+// The key of the lens that an increment moves.
+//
+//   increment   scale_x or later
+parameter_name key_of(camera_increment increment);
+
 // Splits a model. rho_0 becomes 0: it scales Q across O, which H, V and A can say as well,
 // and what it said goes into them. A, H or V in one plane give not-a-number.
 camera_state split_camera(const model_map& model);
