@@ -5,13 +5,13 @@
 
 namespace ocpan {
 
-int run_command_line(int argc, const char* const* argv) {
-  CLI::App tool("Calibrates multi-camera panorama rigs.", "oc_pan");
+void add_commands(CLI::App& tool, int& exit_code) {
+  tool.name("oc_pan");
+  tool.description("Calibrates multi-camera panorama rigs.");
   tool.require_subcommand(1);
   tool.get_formatter()->label("SUBCOMMAND", "COMMAND");
   tool.get_formatter()->label("Subcommands", "Commands");
   tool.footer("oc_pan COMMAND --help tells more of a command, with examples.");
-  int exit_code = 0;
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
   add_export_command(tool, exit_code);
@@ -26,6 +26,12 @@ int run_command_line(int argc, const char* const* argv) {
   add_simulate_command(tool, exit_code);
   add_version_command(tool, exit_code);
   add_view_yuv_command(tool, exit_code);
+}
+
+int run_command_line(int argc, const char* const* argv) {
+  CLI::App tool;
+  int exit_code = 0;
+  add_commands(tool, exit_code);
   try {
     tool.parse(argc, argv);
   } catch (const CLI::ParseError& usage) {

@@ -4,6 +4,9 @@
 
 namespace ocpan {
 
+// Makes an empty application the tool with all its commands.
+void add_commands(CLI::App& tool, int& exit_code);
+
 // Each adds one command to the tool, or to a command that has commands of its own, with its
 // options, its help and its examples. A command that runs leaves its exit code in
 // `exit_code`.
