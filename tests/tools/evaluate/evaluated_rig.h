@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "simulator/board_poses.h"
+#include "simulator/board_series.h"
 #include "simulator/presets.h"
 #include "simulator/rig_description.h"
 #include "tools/boards/seen_boards.h"
@@ -51,6 +52,51 @@ inline std::vector<seen_board> boards_of(const evaluated_rig& from) {
     }
   }
   return boards;
+}
+
+// The pictures that the corners would be found in, by name only, and what is found there.
+inline rig_pictures pictures_of(const evaluated_rig& from) {
+  rig_pictures pictures;
+  pictures.cameras = from.details();
+  std::vector<set_config> sets;
+  for (const series_description& series : from.description.sets) {
+    set_config set;
+    set.set_prefix = pictures.pool.emplace_back(series.name).c_str();
+    set.board_width = from.description.board.width;
+    set.board_height = from.description.board.height;
+    set.board_scale = static_cast<float>(from.description.board.square);
+    for (const std::size_t camera : series.cameras) {
+      set_camera& seen_by = set.cameras.emplace_back();
+      seen_by.id = static_cast<int>(camera) + 1;
+      for (int frame = 0; frame < series.frames; ++frame) {
+        seen_by.files.push_back(
+            pictures.pool
+                .emplace_back(series.name + "/" +
+                              picture_name(from.description, series, camera, frame))
+                .c_str());
+      }
+    }
+    sets.push_back(set);
+  }
+  pictures.sets = make_frame_sets(sets, pictures.cameras);
+  return pictures;
+}
+
+inline found_boards found_of(const evaluated_rig& from) {
+  found_boards found;
+  for (const auto& frames : from.corners) {
+    auto& set = found.emplace_back();
+    for (const auto& views : frames) {
+      auto& findings = set.emplace_back();
+      for (const Eigen::Matrix2Xd& corners : views) {
+        picture_finding finding;
+        finding.state = picture_state::found;
+        finding.corners = corners;
+        findings.push_back(finding);
+      }
+    }
+  }
+  return found;
 }
 
 }  // namespace ocpan::testing

@@ -1,0 +1,76 @@
+#include <memory>
+
+#include "tools/commands.h"
+#include "tools/evaluate/evaluate_run.h"
+
+namespace ocpan {
+namespace {
+
+constexpr const char* footer =
+    R"(How good is this calibration on these pictures, which may be others than it was made
+from? The pose of every board is fitted to all cameras that saw it while the calibration
+stays as it is; what is left are the residuals: found less projected. Of each pair the
+place of its second camera is also fitted to the pair's own boards alone. Chained round a
+ring of pairs these places should end where they began; the difference is the loop error.
+A moved camera shows in its pairs, a wrong lens in the loops and by the angle.
+
+Cameras are counted from 1, as in the configuration. Distances and shifts are in the unit
+of board_scale. Corners found are kept beside the configuration's output_filename, so a
+second run is quick.
+
+Limits, from where on a result is doubtful and unusable:
+  RMS residual of a camera or a pair                      0.5    2    pixels
+  pair against its own boards, if 3 deviations or more    0.1    0.5  degrees
+  loop error, if 3 deviations or more                     0.2    1    degrees
+  boards left out, if 2 or more                           10     50   percent
+  --hold-out: RMS residual of frames held out             0.5    2    pixels
+  --hold-out: scatter of a camera's mapping               1      4    pixels
+  --hold-out: scatter of a pair's turn                    0.1    0.5  degrees
+A camera with less than 5 boards, and cameras that no board links, are doubtful; no board
+at all is unusable. Each finding says what to do.
+
+--hold-out K calibrates as oc_pan cal does, K times, each time without a part of the
+frames, and scores each result on the part it didn't know. It tells of the pictures more
+than of CALIBRATION: if that was refined, it may well be better than these.
+
+Examples:
+  oc_pan evaluate rig.cal rig.txt
+  oc_pan evaluate rig.cal other_pictures.txt --json numbers.json
+  oc_pan evaluate rig.cal rig.txt --hold-out 5
+
+Exit codes:
+  0    good
+  10   doubtful
+  11   unusable
+  2    an input can't be opened
+  3    --json can't be written
+  4    the calibration or the configuration is malformed
+  6    a value is out of range, or the cameras of the two don't agree
+  64   wrong usage)";
+
+}  // namespace
+
+void add_evaluate_command(CLI::App& tool, int& exit_code) {
+  const auto options = std::make_shared<evaluate_options>();
+  CLI::App* command =
+      tool.add_subcommand("evaluate", "Tell how good a calibration is on pictures of boards");
+  command->add_option("CALIBRATION", options->calibration, "The calibration file")
+      ->type_name("FILE")
+      ->required();
+  command
+      ->add_option("CONFIG", options->configuration,
+                   "A configuration of oc_pan cal that names the pictures")
+      ->type_name("FILE")
+      ->required();
+  command
+      ->add_option("--hold-out", options->hold_out,
+                   "Also calibrate K times without a part of the frames; 2 to their number")
+      ->type_name("K")
+      ->check(CLI::Range(2, 1000000));
+  command->add_option("--json", options->json, "Write all numbers to this file")->type_name("FILE");
+  command->add_flag("-q,--quiet", options->quiet, "Print only the findings and the verdict");
+  command->footer(footer);
+  command->callback([options, &exit_code] { exit_code = run_evaluate(*options); });
+}
+
+}  // namespace ocpan

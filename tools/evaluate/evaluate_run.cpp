@@ -1,0 +1,74 @@
+#include "tools/evaluate/evaluate_run.h"
+
+#include <iostream>
+
+#include "include/oc_pan_cal.h"
+#include "platform/terminal.h"
+#include "platform/text_file.h"
+#include "tools/evaluate/judge_hold_out.h"
+#include "tools/messages.h"
+#include "tools/output_check.h"
+#include "tools/progress_bar.h"
+
+namespace ocpan {
+namespace {
+
+bool write_json(const std::string& path, const std::string& text) {
+  std::ofstream out = open_output(path);
+  out << text << '\n';
+  if (finish_output(out, path)) return true;
+  complain(path, " couldn't be written; free space on its disk");
+  return false;
+}
+
+// Whether the frames can be dealt out to so many parts; says so if not.
+bool parts_are_possible(const evaluate_story& story) {
+  const std::size_t most = moment_count(story.input.pictures);
+  if (story.options.hold_out == 0 || story.options.hold_out <= most) return true;
+  if (most < 2) {
+    complain("--hold-out ", story.options.hold_out, ": there is only ", most,
+             " frame; shoot more, or leave the option away");
+  } else {
+    complain("--hold-out ", story.options.hold_out, ": there are only ", most,
+             " frames; give a number from 2 to ", most);
+  }
+  return false;
+}
+
+hold_out test_on_parts(const evaluate_story& story) {
+  progress_line bar(std::cerr, standard_error_is_terminal());
+  const int parts = static_cast<int>(story.options.hold_out);
+  return held_out(story.options.hold_out, story.input.pictures, story.input.found,
+                  story.input.boards, story.found.pairs, [&](std::size_t done) {
+                    bar.show(bar_text(static_cast<int>(done), parts, "calibrations"));
+                  });
+}
+
+}  // namespace
+
+int run_evaluate(const evaluate_options& options) {
+  if (!options.json.empty()) {
+    if (const std::string reason = why_not_writable(options.json); !reason.empty()) {
+      complain("--json: ", reason);
+      return OCPAN_OUTPUT;
+    }
+  }
+  evaluate_story story{options, {}, {}, {}};
+  if (const int result =
+          read_calibrated_pictures(story.input, options.calibration, options.configuration)) {
+    return result & 0xFF;
+  }
+  if (!parts_are_possible(story)) return exit_wrong_usage;
+  story.found = evaluate_calibration(story.input.models, story.input.details, story.input.boards);
+  if (options.hold_out > 0) {
+    story.tested = test_on_parts(story);
+    judge_hold_out(story.found, *story.tested);
+  }
+  print_evaluation(story);
+  if (!options.json.empty() && !write_json(options.json, evaluation_json(story))) {
+    return OCPAN_OUTPUT;
+  }
+  return exit_code_of(story.found.judged);
+}
+
+}  // namespace ocpan
