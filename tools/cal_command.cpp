@@ -4,6 +4,7 @@
 #include "tools/cal_child.h"
 #include "tools/cal_run.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 
 namespace ocpan {
@@ -40,10 +41,8 @@ void add_cal_command(CLI::App& tool, int& exit_code) {
   command->add_option("CONFIG", options->configuration, "The calibration's configuration file")
       ->type_name("FILE")
       ->required();
-  command->add_flag("-q,--quiet", options->quiet,
-                    "Leave out the library's lines; the progress bar and the table stay");
-  command->add_option("--json", options->json, "Write result and measures to this file")
-      ->type_name("FILE");
+  add_quiet_flag(command, options->quiet, "the progress bar and the table stay");
+  add_json_option(command, options->json);
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_cal(*options, own_program()); });
 }

@@ -4,6 +4,33 @@
 #include "tools/messages.h"
 
 namespace ocpan {
+namespace {
+
+constexpr const char* footer =
+    R"(oc_pan COMMAND --help tells more of a command, with examples.
+
+Examples:
+  oc_pan init pictures --out rig.txt
+  oc_pan check rig.txt
+  oc_pan cal rig.txt
+  oc_pan report rig.cal rig.txt --out report.html
+
+Exit codes:
+  0    good
+  1    a camera of a configuration is incomplete
+  2    an input can't be opened, or a picture is unusable
+  3    an output can't be opened or written
+  4    an input is malformed
+  5    out of memory
+  6    a value is out of range
+  10   doubtful, of commands that judge
+  11   unusable, of commands that judge
+  64   wrong usage
+  70   a child process was lost
+  130  interrupted; other codes above 128 are 128 and the signal that ended the run
+  255  internal failure)";
+
+}  // namespace
 
 void add_commands(CLI::App& tool, int& exit_code) {
   tool.name("oc_pan");
@@ -11,7 +38,7 @@ void add_commands(CLI::App& tool, int& exit_code) {
   tool.require_subcommand(1);
   tool.get_formatter()->label("SUBCOMMAND", "COMMAND");
   tool.get_formatter()->label("Subcommands", "Commands");
-  tool.footer("oc_pan COMMAND --help tells more of a command, with examples.");
+  tool.footer(footer);
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
   add_evaluate_command(tool, exit_code);

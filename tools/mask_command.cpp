@@ -109,7 +109,7 @@ void add_mask_command(CLI::App& tool, int& exit_code) {
   const auto names = std::make_shared<std::vector<std::string>>();
   CLI::App* command = tool.add_subcommand("mask", "Turn mask pictures into raw weight masks");
   command->add_option("PAIRS", *names, "INPUT OUTPUT: a mask picture and the mask to write")
-      ->type_name("")
+      ->type_name("FILE")
       ->required()
       ->expected(-2);  // two or more
   command->footer(footer);

@@ -82,10 +82,16 @@ void add_osd_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<osd_options>();
   CLI::App* command =
       tool.add_subcommand("osd", "Unroll a square picture into an on-screen overlay");
-  command->add_option("INPUT", options->input, "A square picture")->type_name("")->required();
-  command->add_option("OUTPUT", options->output, "The overlay picture")->type_name("")->required();
-  command->add_option("WIDTH", options->width, "Pixels, 17 to 16384")->type_name("")->required();
-  command->add_option("HEIGHT", options->height, "Pixels, 17 to 16384")->type_name("")->required();
+  command->add_option("INPUT", options->input, "A square picture")->type_name("FILE")->required();
+  command->add_option("OUTPUT", options->output, "The overlay picture")
+      ->type_name("FILE")
+      ->required();
+  command->add_option("WIDTH", options->width, "Of the overlay, 17 to 16384")
+      ->type_name("PIXELS")
+      ->required();
+  command->add_option("HEIGHT", options->height, "Of the overlay, 17 to 16384")
+      ->type_name("PIXELS")
+      ->required();
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = make_overlay(*options); });
 }

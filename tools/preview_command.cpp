@@ -10,6 +10,7 @@
 #include "src/console.h"
 #include "tables/camera_files.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/device_preview.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
@@ -89,22 +90,24 @@ void add_preview_command(CLI::App& tool, int& exit_code) {
   CLI::App* command = tool.add_subcommand(
       "preview", "Stitch a panorama from lookup tables and pictures, as the device does");
   command->add_option("TABLE_PREFIX", options->table_prefix, "Tables are TABLE_PREFIX_0.bin ...")
-      ->type_name("PATH")
+      ->type_name("PREFIX")
       ->required();
   command->add_option("PICTURE", options->pictures, "A picture from each camera, in order")
       ->type_name("FILE")
       ->expected(1, 8)
       ->required();
-  command->add_option("--out", options->out, "The panorama")->type_name("FILE")->required();
-  command->add_option("--width", options->width, "Its width in pixels; it is half as high")
-      ->type_name("W")
+  add_out_option(command, options->out, "the panorama, named .jpg or .png")->required();
+  command->add_option("--width", options->width, "Width of the panorama; it is half as high")
+      ->type_name("PIXELS")
       ->check(CLI::Range(16, 16384))
       ->capture_default_str();
   command
       ->add_option("--polygons", options->polygon_prefix,
-                   "Draw the polygons PREFIX_0.bin ... as outlines")
+                   "The polygons PREFIX_0.bin and so on; drawn as outlines")
       ->type_name("PREFIX");
-  command->add_option("--face", options->face_size, "As the tables were made, 129 or 253")
+  command
+      ->add_option("--face", options->face_size,
+                   "Samples across a face of the cube; as the tables were made")
       ->type_name("N")
       ->check(CLI::IsMember({129, 253}))
       ->capture_default_str();
@@ -120,7 +123,8 @@ Exit codes:
   0   done
   2   a table, a polygon or a picture can't be read
   3   the panorama can't be written
-  64  wrong usage)");
+  64  wrong usage
+  255 internal failure)");
   command->callback([options, &exit_code] { exit_code = run_preview(*options); });
 }
 

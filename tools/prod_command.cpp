@@ -3,6 +3,7 @@
 
 #include "platform/child_process.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/prod_child.h"
 #include "tools/prod_log.h"
 #include "tools/prod_run.h"
@@ -63,11 +64,14 @@ void add_prod_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<prod_options>();
   CLI::App* command = tool.add_subcommand("prod", "Refine a calibration on the production line");
   prod_job& job = options->job;
-  command->add_option("--radius", job.radius_metres, "Of the fixture's sphere")
+  command
+      ->add_option(
+          "--radius", job.radius_metres,
+          "Radius of the sphere that is seen, 1000 units of the calibration; the fixture's")
       ->type_name("METRES")
       ->check(CLI::Range(0.2, 20.0))
       ->required();
-  command->add_option("CALIBRATION", job.calibration, "The rig's old calibration")
+  command->add_option("CALIBRATION", job.calibration, "The calibration to start from")
       ->type_name("FILE")
       ->required();
   command->add_option("OUTPUT", job.output, "The refined calibration")
@@ -78,14 +82,15 @@ void add_prod_command(CLI::App& tool, int& exit_code) {
       ->expected(2, 8)
       ->required();
   CLI::Option* log =
-      command->add_option("--log", options->log, "Append a row with all measures to this file")
-          ->type_name("CSV");
+      command->add_option("--log", options->log, "Append a row with all measures to this CSV file")
+          ->type_name("FILE");
   CLI::Option* serial =
       command->add_option("--serial", options->serial, "The unit, for the log")->type_name("TEXT");
   log->needs(serial);
   serial->needs(log);
-  command->add_option("--limits", options->limits, "Limits that decide good or bad")
-      ->type_name("JSON");
+  command->add_option("--limits", options->limits, "Limits that decide good or bad, JSON")
+      ->type_name("FILE");
+  add_json_option(command, options->json);
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_prod(*options, own_program()); });
 }

@@ -197,6 +197,26 @@ std::string log_row(const prod_log_entry& entry, std::size_t cameras) {
   return row;
 }
 
+std::string prod_json(const prod_log_entry& entry) {
+  nlohmann::ordered_json json = {{"command", "prod"},        {"exit_code", entry.exit_code},
+                                 {"verdict", entry.verdict}, {"reasons", entry.reasons},
+                                 {"time", entry.time},       {"serial", entry.serial},
+                                 {"measures", nullptr}};
+  if (entry.measures) {
+    for (const named_measure& measure : all_measures) {
+      const std::vector<double> numbers = measure.values(*entry.measures);
+      auto& place = json["measures"][measure.name];
+      if (measure.whose == of::run) {
+        place = numbers.front();
+      } else {
+        place = numbers;
+      }
+    }
+  }
+  // A serial that isn't UTF-8 must not lose the measures.
+  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
+
 std::string obstacle_to_log(const std::string& path, std::size_t cameras) {
   if (const std::string reason = why_not_writable(path); !reason.empty()) return reason;
   std::error_code failure;

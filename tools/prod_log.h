@@ -35,12 +35,16 @@ struct prod_log_entry {
   std::string verdict;
   int exit_code = 0;
   std::optional<prod_measures> measures;  // of a run that ended well
+  std::vector<std::string> reasons = {};  // why it isn't good, in words
 };
 
 // The columns and a row of the log, comma-separated, without line ends. A rig of so many
 // cameras has columns for all its pairs; pairs without a match leave the last ones empty.
 std::string log_header(std::size_t cameras);
 std::string log_row(const prod_log_entry& entry, std::size_t cameras);
+
+// The same as JSON, with the reasons. Of measures of pairs or cameras there are lists.
+std::string prod_json(const prod_log_entry& entry);
 
 // Why a row can't be appended to the log, with what to do about it; empty if it can.
 std::string obstacle_to_log(const std::string& path, std::size_t cameras);

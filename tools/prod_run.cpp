@@ -36,9 +36,21 @@ std::string obstacle_to_outputs(const prod_options& options) {
     if (!options.log.empty() && same_file(options.log, input)) {
       return "--log names the input " + input + "; name another file";
     }
+    if (!options.json.empty() && same_file(options.json, input)) {
+      return "--json names the input " + input + "; name another file";
+    }
   }
   if (const std::string reason = why_not_writable(job.output); !reason.empty()) {
     return "OUTPUT: " + reason;
+  }
+  if (!options.json.empty()) {
+    if (native_path(options.json) == native_path(job.output) ||
+        native_path(options.json) == native_path(options.log)) {
+      return "--json names the OUTPUT or the log; name another file";
+    }
+    if (const std::string reason = why_not_writable(options.json); !reason.empty()) {
+      return "--json: " + reason;
+    }
   }
   if (options.log.empty()) return {};
   if (options.log == job.output || same_file(options.log, job.output)) {
@@ -129,19 +141,30 @@ int exit_code_of(const prod_child_end& end) {
   return end.process.how == child_end::kind::killed ? end.process.code : exit_child_lost;
 }
 
-// Tells what is wrong with the outcome of a run that ended well. Gives the exit code.
-int judge(const std::optional<prod_measures>& measures, const std::vector<measure_limit>& limits,
-          std::size_t cameras) {
-  if (!measures) {
-    complain("doubtful: the report ", prod_report, " is missing or broken; free space on its disk");
+// Tells what is wrong with the outcome of a run that ended well, and keeps it as the entry's
+// reasons. Gives the exit code.
+int judge(prod_log_entry& entry, const std::vector<measure_limit>& limits, std::size_t cameras) {
+  const auto tell = [&](const char* verdict, const std::string& reason) {
+    complain(verdict, ": ", reason);
+    entry.reasons.push_back(reason);
+  };
+  if (!entry.measures) {
+    tell("doubtful", std::string("the report ") + prod_report +
+                         " is missing or broken; free space on its disk");
     return exit_doubtful;
   }
-  const std::vector<std::string> doubts = doubts_about(*measures, cameras);
-  for (const std::string& doubt : doubts) complain("doubtful: ", doubt);
-  const std::vector<std::string> outside = outside_limits(limits, *measures);
-  for (const std::string& limit : outside) complain("bad: ", limit);
+  const std::vector<std::string> doubts = doubts_about(*entry.measures, cameras);
+  for (const std::string& doubt : doubts) tell("doubtful", doubt);
+  const std::vector<std::string> outside = outside_limits(limits, *entry.measures);
+  for (const std::string& limit : outside) tell("bad", limit);
   if (!outside.empty()) return exit_outside_limits;
   return doubts.empty() ? OCPAN_SUCCESS : exit_doubtful;
+}
+
+bool write_json(const std::string& path, const prod_log_entry& entry) {
+  std::ofstream out = open_output(path);
+  out << prod_json(entry);
+  return finish_output(out, path);
 }
 
 const char* verdict_of(int exit_code) {
@@ -182,7 +205,7 @@ int run_prod(const prod_options& options, const std::string& program) {
     entry.measures = read_production_report(report);
     print_results(*end.reply, options.job.output);
     list_debug_pictures();
-    exit_code = judge(entry.measures, limits, options.job.pictures.size());
+    exit_code = judge(entry, limits, options.job.pictures.size());
   } else {
     explain(end);
     tell_of_output(options.job.output);
@@ -193,6 +216,10 @@ int run_prod(const prod_options& options, const std::string& program) {
   print_line("Verdict: ", entry.verdict);
   if (!options.log.empty() && !append_to_log(options.log, entry, options.job.pictures.size())) {
     complain("--log: ", options.log, " couldn't be written; free space on its disk");
+    if (exit_code == OCPAN_SUCCESS) exit_code = OCPAN_OUTPUT;
+  }
+  if (!options.json.empty() && !write_json(options.json, entry)) {
+    complain("--json: ", options.json, " couldn't be written; free space on its disk");
     if (exit_code == OCPAN_SUCCESS) exit_code = OCPAN_OUTPUT;
   }
   return exit_code;

@@ -11,6 +11,7 @@ struct prod_options {
   std::string log;     // file to append a row to, empty for none
   std::string serial;  // of the unit
   std::string limits;  // file, empty for none
+  std::string json;    // file to write the outcome to, empty for none
 };
 
 inline constexpr int exit_doubtful = 10;

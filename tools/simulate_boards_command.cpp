@@ -29,7 +29,15 @@ constexpr const char* footer =
 Examples:
   oc_pan simulate preset 3-lens0 --out rig.json
   oc_pan simulate boards rig.json made
-  oc_pan cal made/calibration.txt)";
+  oc_pan cal made/calibration.txt
+
+Exit codes:
+  0    done
+  2    the rig's description isn't there
+  3    a file can't be written
+  4    the rig's description is malformed, or its boards find no place
+  64   wrong usage
+  255  internal failure)";
 
 int make_boards(const boards_options& options) {
   rig_description rig;

@@ -10,7 +10,10 @@ void add_simulate_command(CLI::App& tool, int& exit_code) {
   command->footer(R"(Examples:
   oc_pan simulate preset 3-lens0 --out rig.json
   oc_pan simulate boards rig.json made
-  oc_pan cal made/calibration.txt)");
+  oc_pan cal made/calibration.txt
+
+Exit codes:
+  64   wrong usage; other codes are those of its commands)");
   add_simulate_boards_command(*command, exit_code);
   add_simulate_fixture_command(*command, exit_code);
   add_simulate_masks_command(*command, exit_code);

@@ -70,7 +70,10 @@ int make_fixture(const fixture_options& options) {
 }
 
 void add_pattern_options(CLI::App* command, fixture_options& options) {
-  command->add_option("--radius", options.radius_metres, "Of the fixture's sphere")
+  command
+      ->add_option(
+          "--radius", options.radius_metres,
+          "Radius of the sphere that is seen, 1000 units of the calibration; the fixture's")
       ->type_name("METRES")
       ->check(CLI::Range(0.2, 20.0))
       ->capture_default_str();
@@ -120,6 +123,7 @@ void add_disturbance_options(CLI::App* command, fixture_options& options) {
       ->check(CLI::Range(0.0, 0.5))
       ->capture_default_str();
   command->add_option("--seed", options.disturbance.seed, "Of the disturbance")
+      ->type_name("NUMBER")
       ->capture_default_str();
 }
 
@@ -143,7 +147,16 @@ cameras, on one half for more. A production run finds back a turn of up to about
 
 Examples:
   oc_pan simulate preset 4-lens1 --out rig.json
-  oc_pan simulate fixture rig.json fixture --cell 5)");
+  oc_pan simulate fixture rig.json fixture --cell 5
+  oc_pan prod --radius 1 fixture/disturbed.cal refined.cal fixture/*.png
+
+Exit codes:
+  0    done
+  2    the rig's description isn't there
+  3    a file can't be written
+  4    the rig's description is malformed
+  64   wrong usage
+  255  internal failure)");
   command->callback([options, &exit_code] { exit_code = make_fixture(*options); });
 }
 

@@ -7,6 +7,7 @@
 #include "simulator/presets.h"
 #include "simulator/rig_json.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 
 namespace ocpan {
@@ -43,7 +44,13 @@ each camera has its own lens.
 
 Examples:
   oc_pan simulate preset 3-lens0 --out rig.json
-  oc_pan simulate preset 4-lens1 > rig.json)";
+  oc_pan simulate preset 4-lens1 > rig.json
+
+Exit codes:
+  0    done
+  3    the file can't be written
+  64   wrong usage, or no preset of that name
+  255  internal failure)";
 }
 
 }  // namespace
@@ -55,8 +62,7 @@ void add_simulate_preset_command(CLI::App& simulate, int& exit_code) {
   command->add_option("NAME", options->name, "The preset's name, see below")
       ->type_name("")
       ->required();
-  command->add_option("--out", options->out, "File to write; standard output if left out")
-      ->type_name("RIG.json");
+  add_out_option(command, options->out, "standard output if left out");
   command->footer(footer());
   command->callback([options, &exit_code] { exit_code = write_preset(*options); });
 }

@@ -91,7 +91,15 @@ void add_simulate_masks_command(CLI::App& simulate, int& exit_code) {
 Examples:
   oc_pan simulate masks rig.json masks --overlap 5
   oc_pan simulate masks rig.cal masks
-  oc_pan lut rig.cal masks/mask tables/lut)");
+  oc_pan lut rig.cal masks/mask tables/lut
+
+Exit codes:
+  0    done
+  2    the rig's description isn't there
+  3    a file can't be written
+  4    the rig's description is malformed
+  64   wrong usage
+  255  internal failure)");
   command->callback([options, &exit_code] { exit_code = make_masks(*options); });
 }
 
@@ -101,18 +109,28 @@ void add_simulate_world_command(CLI::App& simulate, int& exit_code) {
       "world", "Make a picture from each camera in a textured world, and its true panorama");
   add_operands(command, *options, "The rig, as simulate preset writes it");
   command
-      ->add_option("--radius", options->radius,
-                   "How far away the world is, in 1000 units of the rig; as for oc_pan lut")
-      ->type_name("M")
+      ->add_option(
+          "--radius", options->radius,
+          "Radius of the sphere that is seen, 1000 units of the calibration; how far away\n"
+          "the world is")
+      ->type_name("METRES")
       ->check(CLI::Range(0.5, 1e6))
       ->capture_default_str();
-  command->add_option("--width", options->width, "Of the true panorama, pixels")
-      ->type_name("W")
+  command->add_option("--width", options->width, "Width of the panorama; the true one")
+      ->type_name("PIXELS")
       ->check(CLI::Range(16, 16384))
       ->capture_default_str();
-  command->footer(R"(Example:
+  command->footer(R"(Examples:
   oc_pan simulate world rig.json world
-  oc_pan preview tables/lut world/world_0.png world/world_1.png --out panorama.jpg)");
+  oc_pan preview tables/lut world/world_0.png world/world_1.png --out panorama.jpg
+
+Exit codes:
+  0    done
+  2    the rig's description isn't there
+  3    a file can't be written
+  4    the rig's description is malformed
+  64   wrong usage
+  255  internal failure)");
   command->callback([options, &exit_code] { exit_code = make_world(*options); });
 }
 

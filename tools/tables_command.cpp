@@ -102,16 +102,17 @@ CLI::App* add_tables_command(CLI::App& tool, int& exit_code, const std::string& 
       ->type_name("FILE")
       ->required();
   command->add_option("MASK_PREFIX", options->mask_prefix, "Masks are MASK_PREFIX_0.png and so on")
-      ->type_name("PATH")
+      ->type_name("PREFIX")
       ->required();
   command->add_option("OUTPUT_PREFIX", options->output_prefix, "Files are OUTPUT_PREFIX_0.bin ...")
-      ->type_name("PATH")
+      ->type_name("PREFIX")
       ->required();
   command
-      ->add_option("--radius", options->radius,
-                   "How far away the panorama's content is, in 1000 units of the calibration\n"
-                   "(metres, if it is in millimetres); a project file doesn't need it")
-      ->type_name("M")
+      ->add_option(
+          "--radius", options->radius,
+          "Radius of the sphere that is seen, 1000 units of the calibration; how far away\n"
+          "the panorama's content is. A project file doesn't need it")
+      ->type_name("METRES")
       ->capture_default_str();
   command->add_flag("--project-file", options->project_file,
                     "CALIBRATION is a panorama project file");
@@ -138,7 +139,9 @@ void add_lut_command(CLI::App& tool, int& exit_code) {
   CLI::App* command =
       add_tables_command(tool, exit_code, "lut", "Make the lookup tables of a calibrated rig",
                          {lut_call, 4194304, "lookup table"}, options);
-  command->add_option("--face", options->face_size, "Samples across a face of the cube, 129 or 253")
+  command
+      ->add_option("--face", options->face_size,
+                   "Samples across a face of the cube; as the device takes them")
       ->type_name("N")
       ->check(CLI::IsMember({129, 253}))
       ->capture_default_str();

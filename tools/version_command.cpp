@@ -23,7 +23,13 @@ void add_version_command(CLI::App& tool, int& exit_code) {
   tool.set_version_flag("--version", versions, "Print the versions and exit");
   CLI::App* command =
       tool.add_subcommand("version", "Print the versions of the tool, the library and OpenCV");
-  command->footer("Example:\n  oc_pan version");
+  command->footer(R"(Examples:
+  oc_pan version
+
+Exit codes:
+  0    done
+  3    standard output can't be written
+  64   wrong usage)");
   command->callback([&exit_code] {
     print_line(versions());
     exit_code = 0;

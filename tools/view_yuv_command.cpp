@@ -36,9 +36,9 @@ Examples:
 
 Exit codes:
   0    done, OUT is written
-  2    FILE can't be opened
+  2    MASK can't be opened
   3    OUT can't be written
-  4    FILE hasn't the size of such a mask
+  4    MASK hasn't the size of such a mask
   64   wrong usage
   255  internal failure)";
 
@@ -110,17 +110,17 @@ int view(const view_options& options) {
 void add_view_yuv_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<view_options>();
   CLI::App* command = tool.add_subcommand("view-yuv", "Make a picture of a raw weight mask");
-  command->add_option("FILE", options->file, "A raw mask")->type_name("")->required();
+  command->add_option("MASK", options->file, "A raw mask")->type_name("FILE")->required();
   command->add_option("WIDTH", options->width, "The mask's pixels per row")
-      ->type_name("")
+      ->type_name("PIXELS")
       ->check(CLI::PositiveNumber)
       ->required();
   command->add_option("HEIGHT", options->height, "The mask's rows")
-      ->type_name("")
+      ->type_name("PIXELS")
       ->check(CLI::PositiveNumber)
       ->required();
   command->add_option("OUT", options->out, "The picture to write, .png say")
-      ->type_name("")
+      ->type_name("FILE")
       ->required();
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = view(*options); });

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/production/fixture_job.h"
 #include "tests/tools/tool_process.h"
@@ -76,6 +77,33 @@ TEST_F(ProdRun, EndsBadOutsideTheLimits) {
   EXPECT_EQ(code_, exit_outside_limits);
   EXPECT_TRUE(has(err_, "oc_pan: bad: reprojection_mean is ")) << err_;
   EXPECT_TRUE(has(out_, "Verdict: bad\n"));
+}
+
+TEST_F(ProdRun, WritesTheOutcomeForPrograms) {
+  write_file("limits.json", R"({"pair_reprojection_mean": {"max": 0.0001}})");
+  options_.limits = "limits.json";
+  options_.json = "run.json";
+  options_.serial = "A1";
+  run();
+  ASSERT_EQ(code_, 11) << err_;
+  const auto json = nlohmann::json::parse(read_file("run.json"));
+  EXPECT_EQ(json.at("exit_code"), 11);
+  EXPECT_EQ(json.at("verdict"), "bad");
+  EXPECT_EQ(json.at("serial"), "A1");
+  ASSERT_EQ(json.at("reasons").size(), 1u);
+  EXPECT_TRUE(has(err_, "bad: " + json.at("reasons")[0].get<std::string>()));
+  EXPECT_GT(json.at("measures").at("point_count").get<double>(), 20);
+  EXPECT_EQ(json.at("measures").at("pair_reprojection_mean").size(), 1u);
+  EXPECT_EQ(json.at("measures").at("cam_delta_max").size(), 2u);
+}
+
+TEST_F(ProdRun, RefusesToReplaceItsFilesByTheJson) {
+  for (const std::string& name : {options_.job.calibration, options_.job.output}) {
+    options_.json = name;
+    run();
+    EXPECT_EQ(code_, 3) << name;
+    EXPECT_TRUE(has(err_, "--json names the ")) << err_;
+  }
 }
 
 TEST_F(ProdRun, IsDoubtfulWhenNothingHadToMove) {

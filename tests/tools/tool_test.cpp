@@ -33,7 +33,7 @@ TEST(Tool, ShowsExamplesInTheHelpOfEveryCommand) {
        {"cal", "simulate", "simulate boards", "simulate preset", "version"}) {
     const tool_run run = run_here(command + " --help");
     EXPECT_EQ(run.code, 0) << command;
-    const std::size_t examples = run.out.find("\nExample");
+    const std::size_t examples = run.out.find("\nExamples:");
     ASSERT_NE(examples, std::string::npos) << command;
     EXPECT_NE(run.out.find("\n  oc_pan " + command, examples), std::string::npos) << command;
   }

@@ -9,6 +9,7 @@
 #include "src/result_codes.h"
 #include "tools/calibration_check.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/export/rig_export.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
@@ -112,8 +113,7 @@ void add_export_command(CLI::App& tool, int& exit_code) {
       ->type_name("FORMAT")
       ->check(CLI::IsMember({"opencv-yaml", "json"}))
       ->required();
-  command->add_option("--out", options->out, "The file; otherwise standard output")
-      ->type_name("FILE");
+  add_out_option(command, options->out, "standard output if left out");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_export(*options); });
 }

@@ -8,6 +8,7 @@
 #include "platform/text_file.h"
 #include "src/console.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/project/import_project.h"
@@ -91,9 +92,11 @@ void add_import_project_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<import_options>();
   CLI::App* command = tool.add_subcommand(
       "import-project", "Rewrite a stitching tool's project file for this library");
-  command->add_option("IN", options->in, "A panorama project file")->type_name("")->required();
-  command->add_option("OUT", options->out, "The project file to write")->type_name("")->required();
-  command->add_flag("-q,--quiet", options->quiet, "Print warnings and failures only");
+  command->add_option("IN", options->in, "A panorama project file")->type_name("FILE")->required();
+  command->add_option("OUT", options->out, "The project file to write")
+      ->type_name("FILE")
+      ->required();
+  add_quiet_flag(command, options->quiet, "warnings and failures stay");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_import(*options); });
 }
