@@ -23,6 +23,8 @@ Limits, from where on a result is doubtful and unusable:
   pair against its own boards, if 3 deviations or more    0.1    0.5  degrees
   loop error, if 3 deviations or more                     0.2    1    degrees
   boards left out, if 2 or more                           10     50   percent
+  uncertainty of a camera's mapping                       1      4    pixels
+  uncertainty of a pair's seam                            0.1    0.5  degrees
   --hold-out: RMS residual of frames held out             0.5    2    pixels
   --hold-out: scatter of a camera's mapping               1      4    pixels
   --hold-out: scatter of a pair's turn                    0.1    0.5  degrees
@@ -31,12 +33,17 @@ at all is unusable. Each finding says what to do.
 
 --hold-out K calibrates as oc_pan cal does, K times, each time without a part of the
 frames, and scores each result on the part it didn't know. It tells of the pictures more
-than of CALIBRATION: if that was refined, it may well be better than these.
+than of CALIBRATION, and doesn't know whether that was refined: if it was, add --refine.
+
+The uncertainty is what these boards pin down with all parameters free, as oc_pan refine
+has them, from the normal matrix at CALIBRATION and the noise of the corners: a standard
+deviation over the picture, and of the angle between what two cameras see in one place.
 
 Examples:
   oc_pan evaluate rig.cal rig.txt
   oc_pan evaluate rig.cal other_pictures.txt --json numbers.json
   oc_pan evaluate rig.cal rig.txt --hold-out 5
+  oc_pan evaluate refined.cal rig.txt --hold-out 5 --refine
 
 Exit codes:
   0    good
@@ -67,6 +74,10 @@ void add_evaluate_command(CLI::App& tool, int& exit_code) {
                    "Also calibrate K times without a part of the frames; 2 to their number")
       ->type_name("K")
       ->check(CLI::Range(2, 1000000));
+  command
+      ->add_flag("--refine", options->refine,
+                 "With --hold-out: refine each calibration as oc_pan refine does")
+      ->needs("--hold-out");
   command->add_option("--json", options->json, "Write all numbers to this file")->type_name("FILE");
   command->add_flag("-q,--quiet", options->quiet, "Print only the findings and the verdict");
   command->footer(footer);

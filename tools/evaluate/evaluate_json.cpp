@@ -109,8 +109,27 @@ ordered_json json_of(const pair_loop& loop) {
           {"shift_deviation", loop.shift_deviation}};
 }
 
+ordered_json json_of(const rig_uncertainty& uncertainty) {
+  ordered_json json = {{"corner_pixels", uncertainty.corner_pixels},
+                       {"cameras", ordered_json::array()},
+                       {"pairs", ordered_json::array()}};
+  for (std::size_t c = 0; c < uncertainty.cameras.size(); ++c) {
+    json["cameras"].push_back({{"camera", c + 1},
+                               {"mapping_pixels", uncertainty.cameras[c].mapping_pixels},
+                               {"worst_pixels", uncertainty.cameras[c].worst_pixels}});
+  }
+  for (const pair_uncertainty& pair : uncertainty.pairs) {
+    ordered_json& seam = json["pairs"].emplace_back();
+    seam["cameras"] = counted_from_1({pair.first, pair.second});
+    seam["seam_degrees"] = nullptr;
+    if (pair.seam_degrees) seam["seam_degrees"] = *pair.seam_degrees;
+  }
+  return json;
+}
+
 ordered_json json_of(const hold_out& tested) {
   ordered_json json = {{"parts", tested.parts},
+                       {"refined", tested.refined},
                        {"residuals", json_of(tested.residuals)},
                        {"boards_left_out", tested.left_out},
                        {"cameras", ordered_json::array()},
@@ -142,6 +161,7 @@ std::string evaluation_json(const evaluate_story& story) {
                        {"cameras", ordered_json::array()},
                        {"pairs", ordered_json::array()},
                        {"loops", ordered_json::array()},
+                       {"uncertainty", nullptr},
                        {"hold_out", nullptr},
                        {"boards", ordered_json::array()}};
   for (const evaluation_finding& finding : found.findings) {
@@ -152,6 +172,7 @@ std::string evaluation_json(const evaluate_story& story) {
   }
   for (const evaluated_pair& pair : found.pairs) json["pairs"].push_back(json_of(pair));
   for (const pair_loop& loop : found.loops) json["loops"].push_back(json_of(loop));
+  if (story.uncertainty) json["uncertainty"] = json_of(*story.uncertainty);
   if (story.tested) json["hold_out"] = json_of(*story.tested);
   for (const evaluated_board& board : found.boards) {
     json["boards"].push_back(json_of(board, story.input.pictures));

@@ -6,6 +6,7 @@
 #include "platform/terminal.h"
 #include "platform/text_file.h"
 #include "tools/evaluate/judge_hold_out.h"
+#include "tools/evaluate/judge_uncertainty.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/progress_bar.h"
@@ -35,11 +36,19 @@ bool parts_are_possible(const evaluate_story& story) {
   return false;
 }
 
+std::optional<rig_uncertainty> uncertainty_here(const evaluate_story& story) {
+  const calibrated_pictures& input = story.input;
+  const std::vector<seen_board> boards = used_boards(story.found, input.boards);
+  if (boards.empty()) return std::nullopt;
+  return uncertainty_of(measure_rig(input.models, input.details, boards, {}), input.details,
+                        story.found.pairs);
+}
+
 hold_out test_on_parts(const evaluate_story& story) {
   progress_line bar(std::cerr, standard_error_is_terminal());
   const int parts = static_cast<int>(story.options.hold_out);
-  return held_out(story.options.hold_out, story.input.pictures, story.input.found,
-                  story.input.boards, story.found.pairs, [&](std::size_t done) {
+  return held_out({story.options.hold_out, story.options.refine}, story.input.pictures,
+                  story.input.found, story.input.boards, story.found.pairs, [&](std::size_t done) {
                     bar.show(bar_text(static_cast<int>(done), parts, "calibrations"));
                   });
 }
@@ -53,13 +62,15 @@ int run_evaluate(const evaluate_options& options) {
       return OCPAN_OUTPUT;
     }
   }
-  evaluate_story story{options, {}, {}, {}};
+  evaluate_story story{options, {}, {}, {}, {}};
   if (const int result =
           read_calibrated_pictures(story.input, options.calibration, options.configuration)) {
     return result & 0xFF;
   }
   if (!parts_are_possible(story)) return exit_wrong_usage;
   story.found = evaluate_calibration(story.input.models, story.input.details, story.input.boards);
+  story.uncertainty = uncertainty_here(story);
+  if (story.uncertainty) judge_uncertainty(story.found, *story.uncertainty);
   if (options.hold_out > 0) {
     story.tested = test_on_parts(story);
     judge_hold_out(story.found, *story.tested);

@@ -7,6 +7,7 @@
 #include "tools/evaluate/calibrated_pictures.h"
 #include "tools/evaluate/evaluation.h"
 #include "tools/evaluate/hold_out.h"
+#include "tools/evaluate/rig_uncertainty.h"
 
 namespace ocpan {
 
@@ -15,6 +16,7 @@ struct evaluate_options {
   std::string configuration;
   std::string json;          // empty for none
   std::size_t hold_out = 0;  // parts; 0 for none
+  bool refine = false;       // also refine the calibrations from parts
   bool quiet = false;        // verdict and findings only
 };
 
@@ -23,6 +25,7 @@ struct evaluate_story {
   const evaluate_options& options;
   calibrated_pictures input;
   evaluation found;
+  std::optional<rig_uncertainty> uncertainty;  // none without a used board
   std::optional<hold_out> tested;
 };
 

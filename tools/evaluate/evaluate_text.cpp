@@ -119,8 +119,29 @@ void print_loops(const evaluation& found) {
   }
 }
 
+void print_uncertainty(const rig_uncertainty& uncertainty) {
+  print_line(
+      "\nUncertainty that these boards leave, all parameters free (standard deviation;"
+      " corners ",
+      cell(uncertainty.corner_pixels, 0), " pixels)");
+  for (std::size_t c = 0; c < uncertainty.cameras.size(); ++c) {
+    const camera_uncertainty& camera = uncertainty.cameras[c];
+    print_line(title_cell("camera " + std::to_string(c + 1)), cell(camera.mapping_pixels),
+               " pixels over the picture, at worst", cell(camera.worst_pixels));
+  }
+  for (const pair_uncertainty& pair : uncertainty.pairs) {
+    const std::string title = title_cell(pair_title(pair.first, pair.second));
+    if (pair.seam_degrees) {
+      print_line(title, cell(*pair.seam_degrees), " degrees at the seam");
+    } else {
+      print_line(title, "       - no seam, their pictures don't meet far away");
+    }
+  }
+}
+
 void print_hold_out(const hold_out& tested) {
-  print_line("\nCalibrated ", tested.parts, " times without a part of the frames, by the library");
+  print_line("\nCalibrated ", tested.parts, " times without a part of the frames, by the library",
+             tested.refined ? ", and refined" : "");
   print_line("  Frames held out: ", cell(tested.residuals.pixels.mean, 0),
              " pixels off in the mean, ", cell(tested.residuals.pixels.rms, 0),
              " RMS; boards left out: ", tested.left_out);
@@ -154,6 +175,7 @@ void print_evaluation(const evaluate_story& story) {
     print_rings(story.found);
     print_pairs(story.found);
     print_loops(story.found);
+    if (story.uncertainty) print_uncertainty(*story.uncertainty);
     if (story.tested) print_hold_out(*story.tested);
     print_line("");
   }

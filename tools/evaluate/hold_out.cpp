@@ -1,21 +1,30 @@
 #include "tools/evaluate/hold_out.h"
 
 #include <cmath>
+#include <utility>
 
 #include "calibration/calibration_stages.h"
 #include "calibration/rig_constraints.h"
 #include "simulator/compare_rigs.h"
+#include "tools/adjust/adjust_rig.h"
 #include "tools/boards/printed_aside.h"
 #include "tools/evaluate/residual_spread.h"
 
 namespace ocpan {
 namespace {
 
-std::vector<seen_board> boards_in(std::size_t part, const frame_numbers& part_of,
-                                  const std::vector<seen_board>& seen) {
-  std::vector<seen_board> boards;
+// Boards parted into those of a part and the others.
+struct parted_boards {
+  std::vector<seen_board> inside;
+  std::vector<seen_board> outside;
+};
+
+parted_boards parted(const std::vector<seen_board>& seen, std::size_t part,
+                     const frame_numbers& part_of) {
+  parted_boards boards;
   for (const seen_board& board : seen) {
-    if (part_of[board.set][board.frame] == part) boards.push_back(board);
+    const bool inside = part_of[board.set][board.frame] == part;
+    (inside ? boards.inside : boards.outside).push_back(board);
   }
   return boards;
 }
@@ -104,19 +113,23 @@ pair_scatter scatter_of_pair(const std::vector<rig>& models,
           jackknife_deviation(shifts, models.size())};
 }
 
-hold_out held_out(std::size_t parts, const rig_pictures& pictures, const found_boards& boards,
-                  const std::vector<seen_board>& seen, const std::vector<evaluated_pair>& pairs,
+hold_out held_out(const hold_out_plan& plan, const rig_pictures& pictures,
+                  const found_boards& boards, const std::vector<seen_board>& seen,
+                  const std::vector<evaluated_pair>& pairs,
                   const std::function<void(std::size_t done)>& progress) {
-  const frame_numbers part_of = dealt_frames(pictures, parts);
+  const frame_numbers part_of = dealt_frames(pictures, plan.parts);
   hold_out result;
-  result.parts = parts;
-  for (std::size_t part = 0; part < parts; ++part) {
+  result.parts = plan.parts;
+  result.refined = plan.refine;
+  for (std::size_t part = 0; part < plan.parts; ++part) {
     progress(part);
-    result.models.push_back(calibrated_without(part, part_of, pictures, boards));
-    result.scores.push_back(evaluate_calibration(result.models.back(), pictures.cameras,
-                                                 boards_in(part, part_of, seen)));
+    const parted_boards parts = parted(seen, part, part_of);
+    rig models = calibrated_without(part, part_of, pictures, boards);
+    if (plan.refine) models = adjust_rig(models, pictures.cameras, parts.outside, {}).models;
+    result.scores.push_back(evaluate_calibration(models, pictures.cameras, parts.inside));
+    result.models.push_back(std::move(models));
   }
-  progress(parts);
+  progress(plan.parts);
   sum_up(result, pictures.cameras.size());
   result.by_camera = scatter_of_cameras(result.models, pictures.cameras);
   for (const evaluated_pair& pair : pairs) {

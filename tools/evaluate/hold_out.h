@@ -30,6 +30,7 @@ struct pair_scatter {
 
 struct hold_out {
   std::size_t parts = 0;
+  bool refined = false;
   std::vector<rig> models;                // one calibration per part, made without it
   std::vector<evaluation> scores;         // of each on the part held out
   residual_summary residuals;             // of all parts, each held out
@@ -43,14 +44,20 @@ struct hold_out {
 rig calibrated_without(std::size_t part, const frame_numbers& part_of, const rig_pictures& pictures,
                        const found_boards& boards);
 
-// Calibrates once for each part of the frames without it and scores the result on it. Two
-// parts at least.
+// How the frames are parted, and what is made of them.
+struct hold_out_plan {
+  std::size_t parts = 2;  // at least 2
+  bool refine = false;    // a full adjustment after the library's calibration
+};
+
+// Calibrates once for each part of the frames without it and scores the result on it.
 //
 //   seen       the boards of the same pictures
 //   pairs      the cameras that are told as pairs
 //   progress   told how many calibrations are done
-hold_out held_out(std::size_t parts, const rig_pictures& pictures, const found_boards& boards,
-                  const std::vector<seen_board>& seen, const std::vector<evaluated_pair>& pairs,
+hold_out held_out(const hold_out_plan& plan, const rig_pictures& pictures,
+                  const found_boards& boards, const std::vector<seen_board>& seen,
+                  const std::vector<evaluated_pair>& pairs,
                   const std::function<void(std::size_t done)>& progress);
 
 // The scatter of some calibrations of one rig alone.

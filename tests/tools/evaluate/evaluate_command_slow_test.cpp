@@ -32,6 +32,8 @@ TEST(EvaluateCommand, TruthIsGoodOnRenderedPicturesAndAForeignFrameIsNamed) {
   EXPECT_EQ(json["residuals"]["pixels"]["count"], 20 * 54);
   EXPECT_LT(json["residuals"]["pixels"]["rms"], 0.15);
   EXPECT_EQ(json["hold_out"]["parts"], 2);
+  EXPECT_EQ(json["uncertainty"]["cameras"].size(), 2u);
+  EXPECT_LT(json["uncertainty"]["pairs"].at(0)["seam_degrees"], 0.1);
 
   // One picture of the pair takes another's place; its time tells that it is new.
   const std::filesystem::path pair = folder.path() / "pictures" / "pair12";

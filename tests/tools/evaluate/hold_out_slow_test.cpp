@@ -4,6 +4,7 @@
 
 #include "simulator/compare_rigs.h"
 #include "tests/tools/evaluate/evaluated_rig.h"
+#include "tools/adjust/adjust_rig.h"
 #include "tools/evaluate/hold_out.h"
 
 namespace ocpan {
@@ -26,22 +27,26 @@ struct error_and_scatter {
   double ratio() const { return scatter / error; }
 };
 
-class HoldOut : public ::testing::TestWithParam<const char*> {};
+struct hold_out_case {
+  const char* preset;
+  bool refine;
+};
 
-// The lenses of these rigs are alike, as the ties of a calibration want them: what all
-// calibrations have wrong alike is little.
+class HoldOut : public ::testing::TestWithParam<hold_out_case> {};
+
 TEST_P(HoldOut, ScattersAsFarAsTheCalibrationIsOff) {
   error_and_scatter mapping, turn;
   for (std::uint64_t draw = 0; draw < 2; ++draw) {
-    const evaluated_rig made = make_evaluated_rig(GetParam(), 0, 0.06, 100 + draw);
+    const evaluated_rig made = make_evaluated_rig(GetParam().preset, 0, 0.06, 100 + draw);
     const rig_pictures pictures = pictures_of(made);
     const found_boards found = found_of(made);
     const rig truth = made.truth();
     const std::vector<camera_details> details = made.details();
-    const rig from_all = calibrated_without(1, dealt_frames(pictures, 1), pictures, found);
+    rig from_all = calibrated_without(1, dealt_frames(pictures, 1), pictures, found);
+    if (GetParam().refine) from_all = adjust_rig(from_all, details, boards_of(made), {}).models;
     const evaluation told = evaluate_calibration(from_all, details, boards_of(made));
-    const hold_out tested =
-        held_out(5, pictures, found, boards_of(made), told.pairs, [](std::size_t) {});
+    const hold_out tested = held_out({5, GetParam().refine}, pictures, found, boards_of(made),
+                                     told.pairs, [](std::size_t) {});
     EXPECT_NEAR(tested.residuals.pixels.rms, 0.06 * std::sqrt(2), 0.005);
     EXPECT_EQ(tested.left_out, 0u);
     const std::vector<camera_difference> off = compare_rigs(from_all, truth, details);
@@ -62,7 +67,14 @@ TEST_P(HoldOut, ScattersAsFarAsTheCalibrationIsOff) {
   EXPECT_LT(turn.ratio(), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rigs, HoldOut, ::testing::Values("2-lens1", "4-lens1", "8-lens1"));
+// The lenses of the rigs that aren't refined are alike, as the ties of a calibration want
+// them: what all calibrations have wrong alike is little.
+INSTANTIATE_TEST_SUITE_P(Rigs, HoldOut,
+                         ::testing::Values(hold_out_case{"2-lens1", false},
+                                           hold_out_case{"4-lens1", false},
+                                           hold_out_case{"8-lens1", false},
+                                           hold_out_case{"2-lens0-unlike", true},
+                                           hold_out_case{"4-lens1-unlike", true}));
 
 }  // namespace
 }  // namespace ocpan

@@ -21,7 +21,7 @@ TEST(HeldOut, ScoresEveryBoardOnce) {
   const evaluated_rig made = make_evaluated_rig("2-lens1", 4, 0.05);
   const std::vector<seen_board> boards = boards_of(made);
   std::size_t told = 0;
-  const hold_out tested = held_out(2, pictures_of(made), found_of(made), boards, {},
+  const hold_out tested = held_out({2, false}, pictures_of(made), found_of(made), boards, {},
                                    [&](std::size_t done) { told = done; });
   EXPECT_EQ(told, 2u);
   ASSERT_EQ(tested.scores.size(), 2u);
