@@ -71,6 +71,18 @@ TEST(EvaluateCalibration, TurnedCameraShowsInItsPairsAndNoOthers) {
   EXPECT_NE(found.findings[0].text.find("Cameras 2 and 3"), std::string::npos);
 }
 
+TEST(EvaluateCalibration, TurnedCameraLeavesTheLoopClosed) {
+  const evaluated_rig made = make_evaluated_rig("4-lens1", 5, 0.05);
+  for (const std::size_t camera : {2u, 3u}) {
+    rig models = made.truth();
+    models[camera] = turned(models[camera], 0.4);
+    const evaluation found = evaluate_calibration(models, made.details(), boards_of(made));
+    ASSERT_EQ(found.loops.size(), 1u);
+    EXPECT_LT(found.loops[0].turn_degrees, 0.03) << camera;
+    EXPECT_LT(found.loops[0].shift, 0.3) << camera;
+  }
+}
+
 TEST(EvaluateCalibration, CameraMovedBetweenTwoPairsShowsInTheLoop) {
   evaluated_rig made = make_evaluated_rig("4-lens1", 5, 0.05);
   const rig truth = made.truth();
