@@ -31,7 +31,9 @@ std::string fate_of(const report_content& content, const rig_picture& picture) {
 
 std::string small_picture(const report_content& content, const thumbnail& small) {
   const rig_picture& picture = content.every_picture[small.picture];
-  const std::string name = file_alone(picture.file), fate = fate_of(content, picture);
+  const std::string name = file_alone(picture.file);
+  const std::string fate = joined("set ", content.input.pictures.sets[picture.set].name, ", ",
+                                  fate_of(content, picture));
   return joined("<figure><img alt=\"",
                 escaped(joined("Picture ", name, " of ", camera_name(picture.camera), ": ", fate)),
                 "\" width=\"", std::to_string(small.width), "\" height=\"",
