@@ -181,7 +181,7 @@ void search(benchmark::State& state) {
 }
 BENCHMARK(search)->Arg(1)->Arg(2)->Arg(4)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
 
-void refinement(benchmark::State& state) {
+void refine_fixture(benchmark::State& state) {
   const line_job& line = job();
   std::size_t features = 0;
   for (const pair_measurement& measurement : line.measurements)
@@ -194,6 +194,6 @@ void refinement(benchmark::State& state) {
   }
   state.counters["features"] = static_cast<double>(features);
 }
-BENCHMARK(refinement)->Unit(benchmark::kMillisecond);
+BENCHMARK(refine_fixture)->Unit(benchmark::kMillisecond);
 
 }  // namespace

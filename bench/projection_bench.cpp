@@ -1,5 +1,6 @@
 // Projection beside OpenCV's fisheye model, which does comparable work per point.
 
+#include <cstdint>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -74,10 +75,61 @@ void opencv(benchmark::State& state, bool jacobian) {
 void opencv_values(benchmark::State& state) { opencv(state, false); }
 void opencv_with_jacobian(benchmark::State& state) { opencv(state, true); }
 
+// As many points as one table has, in boards of 54: the size in which the solver meets them.
+void project_boards_with_derivatives(benchmark::State& state) {
+  const Eigen::Matrix3Xd points = points_before_camera(54);
+  const model_map model = fisheye();
+  Eigen::ArrayXd x, y;
+  derivative_map dx, dy;
+  const std::int64_t boards = state.range(0) / 54;
+  for (auto _ : state) {
+    for (std::int64_t board = 0; board < boards; ++board) {
+      project_points(x, y, dx, dy, points, model, rotation, translation, true);
+      benchmark::DoNotOptimize(x.data());
+    }
+  }
+  per_point(state);
+}
+
+Eigen::Matrix2Xd pixels_of_picture(Eigen::Index count) {
+  Eigen::Matrix2Xd pixels(2, count);
+  for (Eigen::Index i = 0; i < count; ++i) {
+    pixels.col(i) << static_cast<double>(i % 619) * 2.0 + 20, static_cast<double>(i % 523) * 1.8;
+  }
+  return pixels;
+}
+
+void unproject(benchmark::State& state) {
+  const Eigen::Matrix2Xd pixels = pixels_of_picture(state.range(0));
+  const model_map model = fisheye();
+  Eigen::Matrix3Xd rays;
+  for (auto _ : state) {
+    unproject_points(rays, pixels, model);
+    benchmark::DoNotOptimize(rays.data());
+  }
+  per_point(state);
+}
+
+void opencv_undistort(benchmark::State& state) {
+  const Eigen::Matrix2Xd pixels = pixels_of_picture(state.range(0));
+  std::vector<cv::Vec2d> image, plane;
+  for (Eigen::Index i = 0; i < pixels.cols(); ++i) image.emplace_back(pixels(0, i), pixels(1, i));
+  const cv::Matx33d camera(500, 0, 640, 0, 500, 480, 0, 0, 1);
+  const cv::Vec4d distortion(0.01, -0.004, 0.0003, 0.0001);
+  for (auto _ : state) {
+    cv::fisheye::undistortPoints(image, plane, camera, distortion);
+    benchmark::DoNotOptimize(plane.data());
+  }
+  per_point(state);
+}
+
 BENCHMARK(project_values)->Arg(54)->Arg(393216);
 BENCHMARK(opencv_values)->Arg(54)->Arg(393216);
 BENCHMARK(project_with_derivatives)->Arg(54)->Arg(393216);
+BENCHMARK(project_boards_with_derivatives)->Arg(393216);
 BENCHMARK(opencv_with_jacobian)->Arg(54)->Arg(393216);
+BENCHMARK(unproject)->Arg(393216);
+BENCHMARK(opencv_undistort)->Arg(393216);
 
 }  // namespace
 }  // namespace ocpan

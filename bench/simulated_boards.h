@@ -12,9 +12,14 @@ namespace ocpan {
 
 // A preset's boards with a number of frames in each set and 0.045 pixels of noise.
 struct simulated_boards {
-  simulated_boards(const std::string& preset, int frames_per_set) {
+  //   first_camera_alone   nothing but one set of camera 0
+  simulated_boards(const std::string& preset, int frames_per_set, bool first_camera_alone = false) {
     rig_description description;
     problem = make_preset(description, preset);
+    if (first_camera_alone) {
+      description.cameras.resize(1);
+      description.sets = {{"alone", {0}, frames_per_set}};
+    }
     for (series_description& set : description.sets) set.frames = frames_per_set;
     series_poses poses;
     if (problem.empty()) problem = place_boards(poses, description);

@@ -71,6 +71,12 @@ void floor_distance_transform(benchmark::State& state) {
 }
 BENCHMARK(floor_distance_transform)->Unit(benchmark::kMillisecond);
 
+// One pass over the decoded mask.
+void floor_pass_over_mask(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(cv::countNonZero(files().mask));
+}
+BENCHMARK(floor_pass_over_mask)->Unit(benchmark::kMillisecond);
+
 // The projection of all samples; 1: a calibration file, 0: a project file.
 void floor_project_cube(benchmark::State& state) {
   const bool use_file_class = state.range(0) == 1;
