@@ -1,10 +1,11 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/child_process.h"
 #include "tools/cal_child.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 
 namespace ocpan {

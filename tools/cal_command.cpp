@@ -1,9 +1,10 @@
 #include <memory>
 
+#include <CLI/CLI.hpp>
+
 #include "platform/child_process.h"
 #include "tools/cal_child.h"
 #include "tools/cal_run.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/messages.h"
 

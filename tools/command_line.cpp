@@ -1,5 +1,7 @@
 #include "tools/command_line.h"
 
+#include <CLI/CLI.hpp>
+
 #include "tools/commands.h"
 #include "tools/messages.h"
 

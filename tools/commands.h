@@ -1,12 +1,17 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+namespace CLI {
+class App;
+}
 
 namespace ocpan {
 
 // Makes an empty application the tool with all its commands.
 void add_commands(CLI::App& tool, int& exit_code);
 
+// Included only where commands are put together, not by the commands' own sources: otherwise a
+// new command would have all others compiled again, and each takes long because of CLI11.
+//
 // Each adds one command to the tool, or to a command that has commands of its own, with its
 // options, its help and its examples. A command that runs leaves its exit code in
 // `exit_code`.

@@ -2,10 +2,11 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/library_result.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"

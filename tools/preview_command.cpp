@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 
@@ -9,7 +10,6 @@
 #include "platform/native_path.h"
 #include "src/console.h"
 #include "tables/camera_files.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/device_preview.h"
 #include "tools/messages.h"

@@ -1,8 +1,9 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
+
 #include "platform/child_process.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/prod_child.h"
 #include "tools/prod_log.h"

@@ -4,13 +4,14 @@
 #include <string>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "platform/terminal.h"
 #include "simulator/board_series.h"
 #include "simulator/rig_json.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
 

@@ -3,12 +3,13 @@
 #include <string>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "simulator/fixture_run.h"
 #include "simulator/rig_json.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 #include "tools/output_folder.h"
 

@@ -2,11 +2,12 @@
 #include <memory>
 #include <string>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "simulator/presets.h"
 #include "simulator/rig_json.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/messages.h"
 

@@ -3,6 +3,8 @@
 #include <string>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "simulator/masks.h"
@@ -10,7 +12,6 @@
 #include "simulator/rig_json.h"
 #include "simulator/world.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 #include "tools/output_folder.h"
 

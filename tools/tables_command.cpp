@@ -3,11 +3,12 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "src/console.h"
 #include "tables/camera_files.h"
 #include "tools/calibration_check.h"
-#include "tools/commands.h"
 #include "tools/file_watch.h"
 #include "tools/library_result.h"
 #include "tools/messages.h"

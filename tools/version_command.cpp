@@ -1,11 +1,11 @@
 #include <array>
 #include <string>
 
+#include <CLI/CLI.hpp>
 #include <opencv2/core.hpp>
 
 #include "include/oc_pan_cal.h"
 #include "src/console.h"
-#include "tools/commands.h"
 
 namespace ocpan {
 namespace {

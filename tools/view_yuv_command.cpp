@@ -5,13 +5,13 @@
 #include <string>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "platform/text_file.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
 

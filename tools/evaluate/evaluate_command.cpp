@@ -1,6 +1,7 @@
 #include <memory>
 
-#include "tools/commands.h"
+#include <CLI/CLI.hpp>
+
 #include "tools/evaluate/evaluate_run.h"
 
 namespace ocpan {

@@ -2,13 +2,14 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "calfiles/selen360_cal_file.h"
 #include "include/oc_pan_cal.h"
 #include "platform/text_file.h"
 #include "src/console.h"
 #include "src/result_codes.h"
 #include "tools/calibration_check.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/export/rig_export.h"
 #include "tools/messages.h"
