@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <opencv2/core/utility.hpp>
 
 #include "include/oc_pan_cal.h"
 #include "platform/text_file.h"
 #include "src/console.h"
-#include "tools/commands.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
 #include "tools/report/input_files.h"
