@@ -44,6 +44,7 @@ void add_commands(CLI::App& tool, int& exit_code) {
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
   add_evaluate_command(tool, exit_code);
+  add_check_command(tool, exit_code);
   add_export_command(tool, exit_code);
   add_import_project_command(tool, exit_code);
   add_lut_command(tool, exit_code);
