@@ -78,6 +78,7 @@ struct pose_limits {
 constexpr pose_limits wide_limits = {40, 8};
 constexpr pose_limits least_limits = {6, 1};
 constexpr double most_over_median = 6;
+constexpr double cost_of_a_flip = 0.05;  // where it's even, no board flips
 constexpr double most_mirrored_degrees = 90;
 
 struct deviation {
@@ -117,15 +118,23 @@ double median(std::vector<double> values) {
 struct pose_votes {
   relative_pose pose;
   std::size_t votes = 0;
-  std::size_t straight = 0;  // of them without a turn of the board
+  double cost = 0;  // how far off the frames are, 1 for one that doesn't fit
 };
 
+// Boards that all flip agree on a pose too, though never as closely as on the true one.
 pose_votes votes_for(const relative_pose& pose, const std::vector<shared_board>& boards) {
   pose_votes result{pose, 0, 0};
   for (const shared_board& board : boards) {
     const auto turn = fitting_turn(pose, board, wide_limits);
-    result.votes += turn ? 1 : 0;
-    result.straight += turn == 0 ? 1 : 0;
+    if (!turn) {
+      result.cost += 1;
+      continue;
+    }
+    ++result.votes;
+    const deviation off = deviation_of(pose, board.first, turned(board.second, *turn));
+    result.cost += std::max(off.turn / wide_limits.turn_degrees,
+                            off.direction / wide_limits.direction_degrees);
+    if (*turn != 0) result.cost += cost_of_a_flip;
   }
   return result;
 }
@@ -156,11 +165,13 @@ relative_pose refined(const relative_pose& pose, const std::vector<shared_board>
 
 // The pose that most frames agree on; nothing if they aren't at least two, and half of all.
 std::optional<relative_pose> common_pose(const std::vector<shared_board>& boards) {
-  pose_votes best{{}, 0, 0};
+  pose_votes best{{}, 0, static_cast<double>(boards.size())};
   for (const shared_board& board : boards) {
-    const relative_pose start = refined(pose_of(board.first, board.second), boards);
-    const pose_votes now = votes_for(start, boards);
-    if (std::pair(now.votes, now.straight) > std::pair(best.votes, best.straight)) best = now;
+    for (int quarters = 0; quarters < 4; quarters += board.turn_step) {
+      const board_place second = turned(board.second, quarters);
+      const pose_votes now = votes_for(refined(pose_of(board.first, second), boards), boards);
+      if (now.cost < best.cost) best = now;
+    }
   }
   if (best.votes < 2 || 2 * best.votes < boards.size()) return std::nullopt;
   return refined(best.pose, boards);

@@ -36,7 +36,7 @@ struct pair_poses {
 // camera is estimated with the lens that a calibration starts from, and the relative pose
 // of two cameras that most of their frames agree on is found. The limits allow for lenses
 // some per cent off and for the two tilts between which a small flat board can't decide.
-// A pair with fewer than three frames is undecided, if its frames disagree.
+// All frames of a pair are undecided unless two, and half of them, agree on a pose.
 [[nodiscard]] std::vector<pair_poses> judge_pairs(const rig_pictures& pictures,
                                                   const found_boards& boards);
 
