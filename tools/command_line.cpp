@@ -43,10 +43,11 @@ void add_commands(CLI::App& tool, int& exit_code) {
   tool.footer(footer);
   add_cal_child_command(tool, exit_code);
   add_cal_command(tool, exit_code);
-  add_evaluate_command(tool, exit_code);
   add_check_command(tool, exit_code);
+  add_evaluate_command(tool, exit_code);
   add_export_command(tool, exit_code);
   add_import_project_command(tool, exit_code);
+  add_init_command(tool, exit_code);
   add_lut_command(tool, exit_code);
   add_mask_command(tool, exit_code);
   add_osd_command(tool, exit_code);

@@ -17,10 +17,11 @@ void add_commands(CLI::App& tool, int& exit_code);
 // `exit_code`.
 void add_cal_child_command(CLI::App& tool, int& exit_code);
 void add_cal_command(CLI::App& tool, int& exit_code);
-void add_evaluate_command(CLI::App& tool, int& exit_code);
 void add_check_command(CLI::App& tool, int& exit_code);
+void add_evaluate_command(CLI::App& tool, int& exit_code);
 void add_export_command(CLI::App& tool, int& exit_code);
 void add_import_project_command(CLI::App& tool, int& exit_code);
+void add_init_command(CLI::App& tool, int& exit_code);
 void add_lut_command(CLI::App& tool, int& exit_code);
 void add_mask_command(CLI::App& tool, int& exit_code);
 void add_osd_command(CLI::App& tool, int& exit_code);
