@@ -8,6 +8,7 @@
 #include "tools/cal_checks.h"
 #include "tools/check/check_report.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
 
@@ -85,9 +86,8 @@ void add_check_command(CLI::App& tool, int& exit_code) {
   command->add_option("CONFIG", options->configuration, "The calibration's configuration file")
       ->type_name("FILE")
       ->required();
-  command->add_flag("-q,--quiet", options->quiet, "Print only what is wrong, and the verdict");
-  command->add_option("--json", options->json, "Write verdict, findings and counts to this file")
-      ->type_name("FILE");
+  add_quiet_flag(command, options->quiet, "what is wrong and the verdict stay");
+  add_json_option(command, options->json);
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_check(*options); });
 }

@@ -15,6 +15,7 @@
 #include "tools/boards/rig_pictures.h"
 #include "tools/check/words.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/init/guess_board.h"
 #include "tools/init/init_text.h"
 #include "tools/messages.h"
@@ -214,9 +215,7 @@ void add_init_command(CLI::App& tool, int& exit_code) {
   command->add_option("FOLDER", options->folders, "Folders of pictures")
       ->type_name("FOLDER")
       ->required();
-  command->add_option("--out", options->out, "File to write")
-      ->type_name("CONFIG")
-      ->capture_default_str();
+  add_out_option(command, options->out, "the configuration, rig.txt if left out");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_init(*options); });
 }
