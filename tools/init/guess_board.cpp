@@ -11,14 +11,16 @@
 namespace ocpan {
 namespace {
 
-constexpr int largest_width = 640;  // pixels
+constexpr int largest_width = 1600;  // pixels
+// Noise makes the search for a wrong shape take seconds; without it the boards stay.
+constexpr double blur = 1;  // sigma, pixels
 
 // The common ones first. A board can hold a smaller one now and then, not mostly.
 constexpr std::pair<int, int> shapes[] = {{9, 6},  {11, 8}, {8, 6},  {7, 6}, {10, 7}, {8, 5},
                                           {9, 7},  {7, 5},  {12, 9}, {6, 5}, {6, 4},  {5, 4},
                                           {13, 9}, {11, 7}, {12, 8}, {7, 7}, {8, 7},  {10, 6}};
 
-std::vector<cv::Mat> small_pictures(const std::vector<std::string>& files) {
+std::vector<cv::Mat> calm_pictures(const std::vector<std::string>& files) {
   std::vector<cv::Mat> pictures;
   for (const std::string& file : files) {
     cv::Mat grey;
@@ -29,6 +31,7 @@ std::vector<cv::Mat> small_pictures(const std::vector<std::string>& files) {
       cv::resize(grey, smaller, cv::Size(), scale, scale, cv::INTER_AREA);
       grey = smaller;
     }
+    cv::GaussianBlur(grey, grey, cv::Size(), blur);
     pictures.push_back(grey);
   }
   return pictures;
@@ -37,7 +40,7 @@ std::vector<cv::Mat> small_pictures(const std::vector<std::string>& files) {
 }  // namespace
 
 std::pair<int, int> guess_board(const std::vector<std::string>& files) {
-  const std::vector<cv::Mat> pictures = small_pictures(files);
+  const std::vector<cv::Mat> pictures = calm_pictures(files);
   for (const auto& [width, height] : shapes) {
     std::size_t found = 0, missed = 0;
     for (const cv::Mat& picture : pictures) {

@@ -6,7 +6,7 @@
 
 namespace ocpan {
 
-// Looks for boards of the common shapes in pictures, made smaller where they are large, and
+// Looks for boards of the common shapes in pictures and
 // gives the inner corners along the two sides of the first shape that most pictures hold;
 // 0 and 0 if none does. A wrong shape costs up to half a second in a picture, so a few
 // pictures are enough.
