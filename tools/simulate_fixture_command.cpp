@@ -149,7 +149,7 @@ cameras, on one half for more. A production run finds back a turn of up to about
 Examples:
   oc_pan simulate preset 4-lens1 --out rig.json
   oc_pan simulate fixture rig.json fixture --cell 5
-  oc_pan prod --radius 1 fixture/disturbed.cal refined.cal fixture/*.png
+  oc_pan prod --radius 1 fixture/disturbed.txt refined.cal fixture/*.png
 
 Exit codes:
   0    done

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/common_options.h"
 #include "tools/evaluate/evaluate_run.h"
 
 namespace ocpan {
@@ -48,12 +49,12 @@ Examples:
 
 Exit codes:
   0    good
-  10   doubtful
-  11   unusable
   2    an input can't be opened
   3    --json can't be written
   4    the calibration or the configuration is malformed
   6    a value is out of range, or the cameras of the two don't agree
+  10   doubtful
+  11   unusable
   64   wrong usage)";
 
 }  // namespace
@@ -77,10 +78,10 @@ void add_evaluate_command(CLI::App& tool, int& exit_code) {
       ->check(CLI::Range(2, 1000000));
   command
       ->add_flag("--refine", options->refine,
-                 "With --hold-out: refine each calibration as oc_pan refine does")
+                 "Refine as oc_pan refine does; each calibration of --hold-out")
       ->needs("--hold-out");
-  command->add_option("--json", options->json, "Write all numbers to this file")->type_name("FILE");
-  command->add_flag("-q,--quiet", options->quiet, "Print only the findings and the verdict");
+  add_json_option(command, options->json);
+  add_quiet_flag(command, options->quiet, "findings and verdict stay");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_evaluate(*options); });
 }
