@@ -11,6 +11,7 @@
 #include "include/oc_pan_cal.h"
 #include "platform/text_file.h"
 #include "src/console.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
 #include "tools/report/input_files.h"
@@ -33,12 +34,12 @@ Examples:
 
 Exit codes:
   0    good, the report is written
-  10   doubtful, the report is written
-  11   unusable, the report is written
   2    an input can't be opened
   3    the report can't be written
   4    the calibration or the configuration is malformed
   6    a value is out of range, or the cameras of the two don't agree
+  10   doubtful, the report is written
+  11   unusable, the report is written
   64   wrong usage
   255  internal failure)";
 
@@ -102,10 +103,8 @@ void add_report_command(CLI::App& tool, int& exit_code) {
                    "A configuration of oc_pan cal that names the pictures")
       ->type_name("FILE")
       ->required();
-  command->add_option("--out", options->out, "The report, named .html")
-      ->type_name("FILE")
-      ->required();
-  command->add_flag("-q,--quiet", options->quiet, "Print nothing but failures");
+  add_out_option(command, options->out, "the report, named .html")->required();
+  add_quiet_flag(command, options->quiet, "failures stay");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_report(*options); });
 }
