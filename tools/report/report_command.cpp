@@ -12,6 +12,7 @@
 #include "platform/text_file.h"
 #include "src/console.h"
 #include "tools/common_options.h"
+#include "tools/evaluate/judge_uncertainty.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
 #include "tools/report/input_files.h"
@@ -57,6 +58,17 @@ std::string versions() {
          "\nOpenCV " + cv::getVersionString();
 }
 
+// Evaluates as oc_pan evaluate does, so that both come to one verdict.
+void evaluate_input(report_content& content) {
+  const calibrated_pictures& input = content.input;
+  content.quality = evaluate_calibration(input.models, input.details, input.boards);
+  const std::vector<seen_board> boards = used_boards(content.quality, input.boards);
+  if (boards.empty()) return;
+  content.uncertainty = uncertainty_of(measure_rig(input.models, input.details, boards, {}),
+                                       input.details, content.quality.pairs);
+  judge_uncertainty(content.quality, *content.uncertainty);
+}
+
 int run_report(const report_options& options) {
   const std::vector<std::string> inputs = {options.calibration, options.configuration};
   if (const std::string reason = why_not_output(options.out, inputs); !reason.empty()) {
@@ -69,8 +81,7 @@ int run_report(const report_options& options) {
           read_calibrated_pictures(content.input, options.calibration, options.configuration)) {
     return result & 0xFF;
   }
-  content.quality =
-      evaluate_calibration(content.input.models, content.input.details, content.input.boards);
+  evaluate_input(content);
   content.every_picture = every_picture(content.input);
   content.thumbnails =
       make_thumbnails(content.input.pictures, content.every_picture, content.quality);

@@ -8,6 +8,7 @@
 
 #include "tools/evaluate/calibrated_pictures.h"
 #include "tools/evaluate/evaluation.h"
+#include "tools/evaluate/rig_uncertainty.h"
 
 namespace ocpan {
 
@@ -50,8 +51,9 @@ struct report_content {
   std::string calibration;  // file name as given
   calibrated_pictures input;
   evaluation quality;
-  std::vector<rig_picture> every_picture;  // by camera, then by set and frame
-  std::vector<thumbnail> thumbnails;       // in the order of every_picture
+  std::optional<rig_uncertainty> uncertainty;  // none without a used board
+  std::vector<rig_picture> every_picture;      // by camera, then by set and frame
+  std::vector<thumbnail> thumbnails;           // in the order of every_picture
   std::vector<input_file> inputs;
   std::string versions;  // of tool, library and OpenCV, a line each
   std::string made_at;   // date and time

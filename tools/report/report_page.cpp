@@ -23,14 +23,16 @@ std::string links_to(const std::vector<page_part>& parts) {
 }  // namespace
 
 std::string report_page(const report_content& content) {
-  const std::vector<page_part> parts = {{"verdict", "Verdict", verdict_section(content)},
-                                        {"cameras", "Cameras", cameras_section(content)},
-                                        {"pairs", "Pairs", pairs_section(content)},
-                                        {"rig", "The rig", rig_section(content)},
-                                        {"distances", "Distances", distances_section(content)},
-                                        {"left-out", "Boards left out", left_out_section(content)},
-                                        {"pictures", "Pictures", pictures_section(content)},
-                                        {"inputs", "Inputs", inputs_section(content)}};
+  const std::vector<page_part> parts = {
+      {"verdict", "Verdict", verdict_section(content)},
+      {"cameras", "Cameras", cameras_section(content)},
+      {"pairs", "Pairs", pairs_section(content)},
+      {"uncertainty", "Uncertainty", uncertainty_section(content)},
+      {"rig", "The rig", rig_section(content)},
+      {"distances", "Distances", distances_section(content)},
+      {"left-out", "Boards left out", left_out_section(content)},
+      {"pictures", "Pictures", pictures_section(content)},
+      {"inputs", "Inputs", inputs_section(content)}};
   std::string body;
   for (const page_part& part : parts) body += part.markup;
   const std::string title = "Calibration report: " + content.calibration;

@@ -10,6 +10,7 @@ namespace ocpan {
 [[nodiscard]] std::string verdict_section(const report_content& content);
 [[nodiscard]] std::string cameras_section(const report_content& content);
 [[nodiscard]] std::string pairs_section(const report_content& content);
+[[nodiscard]] std::string uncertainty_section(const report_content& content);
 [[nodiscard]] std::string rig_section(const report_content& content);
 [[nodiscard]] std::string distances_section(const report_content& content);
 [[nodiscard]] std::string left_out_section(const report_content& content);

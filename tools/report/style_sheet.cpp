@@ -105,6 +105,7 @@ footer { font-size: 13.5px; padding-bottom: 30px; }
   .charts { grid-template-columns: 1fr 1fr; gap: 5mm; }
   .charts.small { grid-template-columns: 1fr 1fr 1fr; }
   .pictures { grid-template-columns: repeat(5, 1fr); }
+  .merits { grid-template-columns: repeat(3, 1fr); } figcaption { font-size: 9pt; }
   h2, h3 { break-after: avoid; } tr, .merits div, ul.findings li { break-inside: avoid; }
   details::details-content { content-visibility: visible; display: block; }
 }

@@ -189,6 +189,16 @@ TEST_F(ReportPage, TellsHowFarTheBoardsStood) {
   EXPECT_NEAR(std::atof(section.c_str() + at), farthest, 0.01 * farthest);
 }
 
+TEST_F(ReportPage, TellsWhatTheBoardsLeaveOpen) {
+  report_content content = make_report(rig);
+  EXPECT_EQ(uncertainty_section(content), "");
+  content.uncertainty = rig_uncertainty{0.1, {{0.25, 1.5}, {0.5, 2.5}}, {{0, 1, std::nullopt}}};
+  const std::string section = uncertainty_section(content);
+  for (const char* told : {">0.25<", ">1.5<", ">0.50<", ">2.5<", ">1 and 2<", "meet"}) {
+    EXPECT_NE(section.find(told), std::string::npos) << told;
+  }
+}
+
 TEST_F(ReportPage, RigWithoutAnyBoardStillMakesAPage) {
   rig.corners.assign(rig.corners.size(), {});
   const report_content content = make_report(rig);
