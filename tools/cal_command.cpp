@@ -15,10 +15,13 @@ constexpr const char* footer =
     R"(CONFIG names the pictures, the cameras and the board; its relative names start from
 the working folder. The calibration goes to its output_filename, with two reports
 beside it; pictures of the boards found go to the folder tmp in the working folder.
+With --refine a second calibration goes beside it, as oc_pan refine makes it: rig.cal
+stays as it is, and rig_refined.cal is the one to use.
 
 Examples:
   oc_pan cal rig.txt
   oc_pan cal rig.txt --quiet --json rig.json
+  oc_pan cal rig.txt --refine
 
 Exit codes:
   0    done, the files are written
@@ -28,6 +31,7 @@ Exit codes:
   4    the configuration or an input is malformed
   5    out of memory
   6    a value is out of range (2 to 8 cameras), or no configuration is there
+  11   with --refine: no board was found in any picture
   64   wrong usage
   70   the child process couldn't be started, or ended without a result
   130  interrupted; other codes above 128 are 128 and the signal that ended the run
@@ -44,6 +48,8 @@ void add_cal_command(CLI::App& tool, int& exit_code) {
       ->required();
   add_quiet_flag(command, options->quiet, "the progress bar and the table stay");
   add_json_option(command, options->json);
+  command->add_flag("--refine", options->refine,
+                    "Refine the calibration too, into a file with _refined in its name");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_cal(*options, own_program()); });
 }

@@ -15,6 +15,7 @@
 #include "tools/cal_report.h"
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
+#include "tools/refine/refine_run.h"
 
 namespace ocpan {
 namespace {
@@ -69,6 +70,16 @@ bool write_json(const std::string& path, const std::string& text) {
   return false;
 }
 
+// Refines what the run found; gives the exit code of that.
+int refine_too(const cal_options& options, const std::string& calibration) {
+  refine_options refinement;
+  refinement.calibration = calibration;
+  refinement.configuration = options.configuration;
+  refinement.out = refined_name(calibration);
+  print_line("");
+  return run_refine(refinement);
+}
+
 }  // namespace
 
 int run_cal(const cal_options& options, const std::string& program) {
@@ -98,9 +109,14 @@ int run_cal(const cal_options& options, const std::string& program) {
   } else {
     explain_failure(story, options, exit_code);
   }
+  const bool calibrated = exit_code == OCPAN_SUCCESS;
   if (!options.json.empty() && !write_json(options.json, cal_json(story, exit_code)) &&
       exit_code == OCPAN_SUCCESS) {
     exit_code = OCPAN_OUTPUT;
+  }
+  if (options.refine && calibrated) {
+    const int refined = refine_too(options, output.text);
+    if (exit_code == OCPAN_SUCCESS) exit_code = refined;
   }
   return exit_code;
 }

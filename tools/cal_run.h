@@ -6,8 +6,9 @@ namespace ocpan {
 
 struct cal_options {
   std::string configuration;
-  bool quiet = false;  // leave out the library's lines
-  std::string json;    // file for result and measures, empty for none
+  bool quiet = false;   // leave out the library's lines
+  std::string json;     // file for result and measures, empty for none
+  bool refine = false;  // refine the calibration too, into a file beside it
 };
 
 // Runs a calibration in a child process, tells what it came to, and gives the exit code:

@@ -55,6 +55,7 @@ void add_commands(CLI::App& tool, int& exit_code) {
   add_preview_command(tool, exit_code);
   add_prod_child_command(tool, exit_code);
   add_prod_command(tool, exit_code);
+  add_refine_command(tool, exit_code);
   add_report_command(tool, exit_code);
   add_simulate_command(tool, exit_code);
   add_version_command(tool, exit_code);

@@ -29,6 +29,7 @@ void add_poly_command(CLI::App& tool, int& exit_code);
 void add_preview_command(CLI::App& tool, int& exit_code);
 void add_prod_child_command(CLI::App& tool, int& exit_code);
 void add_prod_command(CLI::App& tool, int& exit_code);
+void add_refine_command(CLI::App& tool, int& exit_code);
 void add_report_command(CLI::App& tool, int& exit_code);
 void add_simulate_boards_command(CLI::App& simulate, int& exit_code);
 void add_simulate_command(CLI::App& tool, int& exit_code);

@@ -210,6 +210,14 @@ adjusted_rig result_of(const adjustment_problem& problem, const minimum& at) {
   return result;
 }
 
+// What the boards cost before the rig as it was, seen with the eyes of a refinement: its
+// sigma and the views that count for it.
+minimum as_it_was(const adjustment_problem& refined) {
+  adjustment_problem problem = refined;
+  problem.fixed_rig = true;
+  return minimise(problem, problem.start);
+}
+
 }  // namespace
 
 adjusted_rig adjust_rig(const rig& models, const std::vector<camera_details>& details,
@@ -227,6 +235,16 @@ adjusted_rig adjust_rig(const rig& models, const std::vector<camera_details>& de
     const int before = at.iterations;
     at = settle(problem, at.state);
     at.iterations += before;
+  }
+  if (options.only_if_better) {
+    const minimum before = as_it_was(problem);
+    if (before.cost - at.cost < 2 * static_cast<double>(problem.shared_columns())) {
+      problem.bent = false;
+      adjusted_rig result = result_of(problem, before);
+      result.models = models;
+      result.kept = true;
+      return result;
+    }
   }
   return result_of(problem, at);
 }

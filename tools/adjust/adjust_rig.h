@@ -25,6 +25,11 @@ enum class bend_choice { flat, bent, if_borne };
 struct adjust_options {
   double tie = 0;  // how strongly lenses of a kind are held alike; 0 not at all
   bend_choice bend = bend_choice::flat;
+  // Leaves the rig as it is where the boards don't tell it from the refined one: where the
+  // cost falls by less than the numbers that move would make it fall by themselves, twice
+  // (Akaike, A new look at the statistical model identification, 1974). Boards that weren't
+  // used would fit the refined rig worse then.
+  bool only_if_better = false;
 };
 
 // How one seen board fits. The lists stand side by side with the board's cameras.
@@ -45,6 +50,7 @@ struct adjusted_rig {
   double cost = 0;                    // loss in units of sigma squared, priors with it
   int iterations = 0;                 // steps taken
   bool converged = false;
+  bool kept = false;           // the rig was left as it is
   Eigen::MatrixXd covariance;  // of the cameras' increments, see increment_layout
 };
 

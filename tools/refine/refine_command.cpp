@@ -1,0 +1,64 @@
+#include <memory>
+
+#include "tools/commands.h"
+#include "tools/refine/refine_run.h"
+
+namespace ocpan {
+namespace {
+
+constexpr const char* footer =
+    R"(CALIBRATION is what oc_pan cal found from the pictures of CONFIG, or from other pictures
+of the same rig. All lenses and all places are refined together, each lens for itself, until
+nothing falls any more; camera 1 keeps its frame. Corners and pictures that don't fit are
+told and don't pull. A calibration that the boards can't tell from the refined one is
+written as it is. docs/refinement.md tells what is done.
+
+Examples:
+  oc_pan refine rig.cal rig.txt --out rig_refined.cal
+  oc_pan refine rig.cal rig.txt --out rig_refined.cal --tie 1
+  oc_pan refine rig.cal rig.txt --out rig_refined.cal --bend off --json refined.json
+
+Exit codes:
+  0    done, REFINED is written; warnings tell what the boards leave open
+  2    an input can't be opened
+  3    an output can't be written
+  4    CALIBRATION or CONFIG is malformed
+  6    a value of an input is out of range, or the cameras of the two don't agree
+  11   no board was found in any picture
+  64   wrong usage
+  255  internal failure)";
+
+}  // namespace
+
+void add_refine_command(CLI::App& tool, int& exit_code) {
+  const auto options = std::make_shared<refine_options>();
+  CLI::App* command = tool.add_subcommand(
+      "refine", "Refine a calibration: each lens for itself, everything together");
+  command->add_option("CALIBRATION", options->calibration, "The calibration to start from")
+      ->type_name("FILE")
+      ->required();
+  command->add_option("CONFIG", options->configuration, "The configuration of the pictures")
+      ->type_name("FILE")
+      ->required();
+  command->add_option("--out", options->out, "The refined calibration to write")
+      ->type_name("REFINED")
+      ->required();
+  command
+      ->add_option("--tie", options->tie,
+                   "Hold lenses of a kind near one another: 1 expects the scatter of a usual "
+                   "production, 10 a tenth of it")
+      ->type_name("STRENGTH")
+      ->check(CLI::PositiveNumber);
+  command
+      ->add_option("--bend", options->bend,
+                   "Whether boards may be bent, by two numbers each: auto lets the corners decide")
+      ->type_name("auto|on|off")
+      ->check(CLI::IsMember({"auto", "on", "off"}))
+      ->capture_default_str();
+  command->add_option("--json", options->json, "Write the numbers to this file")->type_name("FILE");
+  command->add_flag("-q,--quiet", options->quiet, "Print warnings and failures only");
+  command->footer(footer);
+  command->callback([options, &exit_code] { exit_code = run_refine(*options); });
+}
+
+}  // namespace ocpan
