@@ -55,6 +55,11 @@ rig adjusted_at_truth(const simulated_boards& simulated) {
   return models;
 }
 
+adjusted_rig refined(const rig& models, const simulated_boards& simulated) {
+  return adjust_rig(models, simulated.details(), seen_boards_of(simulated),
+                    {0, bend_choice::if_borne, true});
+}
+
 class FullAdjustment : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(FullAdjustment, IsAsGoodFromTheCalibrationAsFromTheTruth) {
@@ -63,8 +68,7 @@ TEST_P(FullAdjustment, IsAsGoodFromTheCalibrationAsFromTheTruth) {
     const simulated_boards simulated =
         simulate_preset(GetParam(), noise, static_cast<std::uint64_t>(k));
     const std::vector<seen_board> boards = seen_boards_of(simulated);
-    found.add(adjust_rig(calibrated_from(simulated), simulated.details(), boards, {}).models,
-              simulated);
+    found.add(refined(calibrated_from(simulated), simulated).models, simulated);
     same_from_truth.add(adjust_rig(simulated.truth(), simulated.details(), boards, {}).models,
                         simulated);
     at_truth.add(adjusted_at_truth(simulated), simulated);
@@ -88,9 +92,7 @@ TEST_P(RingOfFour, IsWithinAFiftiethOfADegreeAndAFifthOfAPixel) {
   for (int k = 1; k <= series; ++k) {
     const simulated_boards simulated =
         simulate_preset(GetParam(), noise, static_cast<std::uint64_t>(k));
-    const rig models =
-        adjust_rig(calibrated_from(simulated), simulated.details(), seen_boards_of(simulated), {})
-            .models;
+    const rig models = refined(calibrated_from(simulated), simulated).models;
     for (const camera_difference& difference :
          compare_rigs(models, simulated.truth(), simulated.details())) {
       EXPECT_LT(difference.rotation_degrees, 0.02);
@@ -100,6 +102,15 @@ TEST_P(RingOfFour, IsWithinAFiftiethOfADegreeAndAFifthOfAPixel) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rigs, RingOfFour, ::testing::Values("4-lens1-unlike", "4-lens2-unlike"));
+
+// The calibration holds lenses alike, and these are.
+TEST(AlikeLenses, StayAsTheyWereFound) {
+  const simulated_boards simulated = simulate_preset("4-lens1", noise, 1);
+  const rig found = calibrated_from(simulated);
+  const adjusted_rig fit = refined(found, simulated);
+  EXPECT_TRUE(fit.kept);
+  EXPECT_EQ(fit.models, found);
+}
 
 double mean_residual(const rig& models, const simulated_boards& simulated) {
   const adjusted_rig fit = measure_rig(models, simulated.details(), seen_boards_of(simulated), {});
@@ -115,15 +126,15 @@ double mean_residual(const rig& models, const simulated_boards& simulated) {
 
 class HeldOutFrames : public ::testing::TestWithParam<const char*> {};
 
-TEST_P(HeldOutFrames, FitBetterThanBefore) {
+TEST_P(HeldOutFrames, FitNoWorseThanBefore) {
   const simulated_boards simulated = simulate_preset(GetParam(), noise, 1);
   const rig before = calibrated_from(simulated);
-  const rig after = adjust_rig(before, simulated.details(), seen_boards_of(simulated), {}).models;
+  const rig after = refined(before, simulated).models;
   rig_description others = simulated.description;
   others.seed += 1000;
   const simulated_boards held_out = simulate_boards(others, noise, 2);
-  EXPECT_LT(mean_residual(after, simulated), mean_residual(before, simulated));
-  EXPECT_LT(mean_residual(after, held_out), mean_residual(before, held_out));
+  EXPECT_LE(mean_residual(after, simulated), mean_residual(before, simulated));
+  EXPECT_LE(mean_residual(after, held_out), mean_residual(before, held_out));
   // sqrt(pi / 2) sigma is the mean of perfect models.
   EXPECT_LT(mean_residual(after, held_out), 1.2 * std::sqrt(pi / 2) * noise);
 }
