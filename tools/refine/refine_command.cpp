@@ -1,6 +1,7 @@
 #include <memory>
 
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/refine/refine_run.h"
 
 namespace ocpan {
@@ -19,7 +20,7 @@ Examples:
   oc_pan refine rig.cal rig.txt --out rig_refined.cal --bend off --json refined.json
 
 Exit codes:
-  0    done, REFINED is written; warnings tell what the boards leave open
+  0    done, the refined calibration is written; warnings tell what the boards leave open
   2    an input can't be opened
   3    an output can't be written
   4    CALIBRATION or CONFIG is malformed
@@ -40,9 +41,7 @@ void add_refine_command(CLI::App& tool, int& exit_code) {
   command->add_option("CONFIG", options->configuration, "The configuration of the pictures")
       ->type_name("FILE")
       ->required();
-  command->add_option("--out", options->out, "The refined calibration to write")
-      ->type_name("REFINED")
-      ->required();
+  add_out_option(command, options->out, "the refined calibration")->required();
   command
       ->add_option("--tie", options->tie,
                    "Hold lenses of a kind near one another: 1 expects the scatter of a usual "
@@ -55,8 +54,8 @@ void add_refine_command(CLI::App& tool, int& exit_code) {
       ->type_name("auto|on|off")
       ->check(CLI::IsMember({"auto", "on", "off"}))
       ->capture_default_str();
-  command->add_option("--json", options->json, "Write the numbers to this file")->type_name("FILE");
-  command->add_flag("-q,--quiet", options->quiet, "Print warnings and failures only");
+  add_json_option(command, options->json);
+  add_quiet_flag(command, options->quiet, "warnings and failures stay");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_refine(*options); });
 }
