@@ -1,6 +1,7 @@
 #include <memory>
 
-#include "tools/commands.h"
+#include <CLI/CLI.hpp>
+
 #include "tools/common_options.h"
 #include "tools/refine/refine_run.h"
 
