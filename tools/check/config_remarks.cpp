@@ -235,6 +235,33 @@ void check_top(remark_list& list) {
            cut == npos ? "" : obstacle.substr(cut + 2));
 }
 
+// A calibration holds the cameras of a kind alike, from the start on.
+void check_alike(remark_list& list) {
+  const std::vector<written_camera>& cameras = list.config.cameras;
+  for (std::size_t k = 1; k < cameras.size(); ++k) {
+    const camera_details& camera = cameras[k].read;
+    const auto first = std::find_if(cameras.begin(), cameras.end(), [&](const auto& other) {
+      return (other.read.lens == 0) == (camera.lens == 0);
+    });
+    const auto index = static_cast<std::size_t>(first - cameras.begin());
+    if (index >= k) continue;
+    const std::string kind = camera.lens == 0 ? "rectilinear lenses" : "fisheyes";
+    if (camera.hfov != first->read.hfov) {
+      list.add(verdict::doubtful, cameras[k].place,
+               words("camera ", k + 1, " has a hfov of ", camera.hfov, " and camera ", index + 1,
+                     " one of ", first->read.hfov, ", but a calibration holds ", kind,
+                     " alike in scale"),
+               "give alike lenses the same hfov, a rough one does; a degree of difference can "
+               "spoil the result");
+    } else if (camera.width != first->read.width || camera.height != first->read.height) {
+      list.add(verdict::doubtful, cameras[k].place,
+               words("the pictures of camera ", k + 1, " differ in size from those of camera ",
+                     index + 1, ", but a calibration holds ", kind, " alike in centre and scale"),
+               "shoot all with one size, if the cameras can");
+    }
+  }
+}
+
 void check_passed_over(remark_list& list) {
   for (const written_key& line : list.config.passed_over) {
     std::string_view known = taken_for(set_keys, line.key);
@@ -252,6 +279,7 @@ std::vector<finding> config_remarks(const written_config& config) {
   remark_list list{config, {}};
   check_top(list);
   for (const written_camera& camera : config.cameras) check_camera(list, camera);
+  check_alike(list);
   for (const written_set& set : config.sets) check_set(list, set);
   check_passed_over(list);
   return std::move(list.found);

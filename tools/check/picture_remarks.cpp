@@ -1,5 +1,6 @@
 #include "tools/check/picture_remarks.h"
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
@@ -21,6 +22,12 @@ std::string_view name_of(std::string_view path) {
 
 using picture_visitor = std::function<void(const cal_frame_set& set, std::size_t camera,
                                            const char* file, const picture_finding& finding)>;
+
+// A path to be copied from the screen.
+std::string slashed(std::string path) {
+  std::replace(path.begin(), path.end(), '\\', '/');
+  return path;
+}
 
 // Visits every picture of every camera once, in the order of the sets.
 void for_each_picture(const rig_pictures& pictures, const found_boards& boards,
@@ -60,10 +67,11 @@ void add_damaged(std::vector<finding>& found, const rig_pictures& pictures,
         const std::string where = words("set ", set.name, ", camera ", camera + 1);
         if (finding.cut_short) {
           found.push_back({verdict::doubtful, where,
-                           words(file, " is cut short: the JPEG's end marker is missing"),
+                           words(slashed(file), " is cut short: the JPEG's end marker is missing"),
                            "copy it anew, or take it out with the others of its frame"});
         } else if (finding.state == picture_state::unreadable) {
-          found.push_back({verdict::doubtful, where, words(file, " can't be read as a picture"),
+          found.push_back({verdict::doubtful, where,
+                           words(slashed(file), " can't be read as a picture"),
                            "copy it anew, or take it out with the others of its frame, which a "
                            "calibration passes over with it"});
         }

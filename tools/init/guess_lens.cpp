@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include <opencv2/calib3d.hpp>
 #include <opencv2/core.hpp>
 
 #include "calibration/board_corners.h"
@@ -14,11 +15,12 @@
 namespace ocpan {
 namespace {
 
-constexpr int fewest_boards = 3;
 constexpr double fisheye_gain = 0.8;  // so much flatter the boards must lie under a fisheye's law
 // Where a rectilinear lens with some barrel distortion and a fisheye can't be told apart.
-constexpr double narrowest_fisheye = 100;  // degrees
-constexpr int dark = 24;                   // grey level
+constexpr double narrowest_fisheye = 100;   // degrees
+constexpr double narrowest_field = 5;       // degrees
+constexpr double widest_rectilinear = 140;  // degrees
+constexpr int dark = 24;                    // grey level
 
 struct lens_fit {
   double degrees = 0;
@@ -58,6 +60,33 @@ lens_fit best_fit(camera_details camera, int lens, double widest,
   return best;
 }
 
+// The field of view of a rectilinear lens, degrees, by a calibration with free centre and a
+// bit of distortion; without them a lens that bends lines comes out some degrees off, which
+// can lead the calibration astray. 0 if it makes no sense.
+double calibrated_field(const camera_details& camera, const std::vector<Eigen::Matrix2Xd>& boards,
+                        const Eigen::Matrix3Xd& points) {
+  std::vector<std::vector<cv::Point3f>> on_board(boards.size());
+  std::vector<std::vector<cv::Point2f>> seen(boards.size());
+  for (std::size_t k = 0; k < boards.size(); ++k) {
+    for (Eigen::Index i = 0; i < points.cols(); ++i) {
+      on_board[k].emplace_back(static_cast<float>(points(0, i)), static_cast<float>(points(1, i)),
+                               0.0f);
+      seen[k].emplace_back(static_cast<float>(boards[k](0, i)),
+                           static_cast<float>(boards[k](1, i)));
+    }
+  }
+  cv::Mat matrix, distortion, rotations, translations;
+  try {
+    cv::calibrateCamera(
+        on_board, seen, cv::Size(camera.width, camera.height), matrix, distortion, rotations,
+        translations, cv::CALIB_FIX_ASPECT_RATIO | cv::CALIB_ZERO_TANGENT_DIST | cv::CALIB_FIX_K3);
+  } catch (const cv::Exception&) {
+    return 0;
+  }
+  const double field = 2 * std::atan(camera.width / 2.0 / matrix.at<double>(0, 0)) * 180 / pi;
+  return field > narrowest_field && field < widest_rectilinear ? field : 0;
+}
+
 bool has_black_corners(const cv::Mat& grey) {
   const int side = std::max(1, std::min(grey.cols, grey.rows) / 20);
   for (const int x : {0, grey.cols - side}) {
@@ -90,14 +119,18 @@ lens_guess guess_lens(const std::vector<std::string>& pictures, std::pair<int, i
     }
   }
   guess.boards = static_cast<int>(boards.size());
-  if (guess.boards < fewest_boards) return guess;
+  if (guess.boards < fewest_boards_for_a_lens) return guess;
   const Eigen::Matrix3Xd points = board_points(board.first, board.second, 1);
-  const lens_fit straight = best_fit(guess.camera, 0, 140, boards, points);
+  const lens_fit straight = best_fit(guess.camera, 0, widest_rectilinear, boards, points);
   const lens_fit fisheye = best_fit(guess.camera, 1, 240, boards, points);
   const bool is_fisheye =
       fisheye.degrees >= narrowest_fisheye && fisheye.error < fisheye_gain * straight.error;
   guess.camera.lens = !is_fisheye ? 0 : black_corners ? 2 : 1;
-  guess.camera.hfov = static_cast<float>(is_fisheye ? fisheye.degrees : straight.degrees);
+  const double calibrated = is_fisheye ? 0 : calibrated_field(guess.camera, boards, points);
+  const double degrees = is_fisheye       ? fisheye.degrees
+                         : calibrated > 0 ? std::round(calibrated)
+                                          : straight.degrees;
+  guess.camera.hfov = static_cast<float>(degrees);
   return guess;
 }
 

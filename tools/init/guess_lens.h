@@ -8,6 +8,8 @@
 
 namespace ocpan {
 
+inline constexpr int fewest_boards_for_a_lens = 3;
+
 // A lens as it can be told from a few pictures.
 struct lens_guess {
   camera_details camera;  // size from the pictures; a rectilinear lens of 60 degrees if no board

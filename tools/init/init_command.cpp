@@ -27,7 +27,7 @@ namespace ocpan {
 namespace {
 
 constexpr std::size_t board_samples = 5;
-constexpr std::size_t lens_samples = 8;
+constexpr std::size_t lens_samples = 12;
 
 struct init_options {
   std::vector<std::string> folders;
@@ -76,6 +76,24 @@ std::vector<std::string> pictures_of(const init_plan& plan, std::size_t camera) 
   return files;
 }
 
+// Gives cameras of one kind and size the same field of view, the middle one of those that
+// were guessed: a calibration holds them alike, and goes astray where they start apart.
+void make_alike(std::vector<lens_guess>& lenses) {
+  const std::vector<lens_guess> guessed = lenses;
+  for (lens_guess& lens : lenses) {
+    std::vector<float> fields;
+    for (const lens_guess& other : guessed) {
+      const bool alike = (other.camera.lens == 0) == (lens.camera.lens == 0) &&
+                         other.camera.width == lens.camera.width &&
+                         other.camera.height == lens.camera.height;
+      if (alike && other.boards >= fewest_boards_for_a_lens) fields.push_back(other.camera.hfov);
+    }
+    if (fields.empty()) continue;
+    std::sort(fields.begin(), fields.end());
+    lens.camera.hfov = fields[fields.size() / 2];
+  }
+}
+
 // Looks into the pictures for board and lenses.
 void guess_contents(init_plan& plan) {
   progress_line bar(std::cerr, standard_error_is_terminal());
@@ -90,6 +108,7 @@ void guess_contents(init_plan& plan) {
     bar.show(bar_text(static_cast<int>(camera), static_cast<int>(cameras), "cameras"));
     plan.lenses.push_back(guess_lens(spread(pictures_of(plan, camera), lens_samples), plan.board));
   }
+  make_alike(plan.lenses);
 }
 
 std::vector<std::string> doubts_about(const init_plan& plan) {
@@ -103,7 +122,7 @@ std::vector<std::string> doubts_about(const init_plan& plan) {
       doubts.push_back(words("The pictures of camera ", camera + 1,
                              " differ in size; take those of the other size out."));
     }
-    if (plan.board.first > 0 && lens.boards < 3) {
+    if (plan.board.first > 0 && lens.boards < fewest_boards_for_a_lens) {
       doubts.push_back(words("Too few boards were found to guess the lens of camera ", camera + 1,
                              "; correct lens and hfov."));
     }

@@ -38,8 +38,9 @@ std::string camera_text(const lens_guess& lens, const std::string& name) {
   std::replace(said.begin(), said.end(), '-', '_');
   const camera_details& camera = lens.camera;
   return words("  # ", said,
-               lens.boards < 3 ? ", lens and hfov are placeholders, fill them in"
-                               : words(", lens and hfov guessed from ", lens.boards, " boards"),
+               lens.boards < fewest_boards_for_a_lens
+                   ? ", lens and hfov are placeholders, fill them in"
+                   : words(", lens and hfov guessed from ", lens.boards, " boards"),
                "\n  - width: ", camera.width, ", height: ", camera.height, ", hfov: ", camera.hfov,
                ", lens: ", camera.lens, "\n");
 }
@@ -75,7 +76,8 @@ std::string init_text(const init_plan& plan) {
       "# Made by oc_pan init from the pictures' names. A comment must hold neither a colon nor a\n"
       "# dash. Check it with oc_pan check.\n",
       "base_directory: '", base, "'\noutput_filename: '", plan.output, "'\n\n",
-      "# hfov is the horizontal field of view in degrees, a few per cent off does no harm.\n"
+      "# hfov is the horizontal field of view in degrees, a few per cent off does no harm,\n"
+      "# but give cameras with the same lens the same number.\n"
       "# lens is 0 for a rectilinear lens, 1 for a fisheye, 2 for one whose whole circle shows.\n",
       "camera_info:\n");
   for (std::size_t k = 0; k < plan.lenses.size(); ++k) {

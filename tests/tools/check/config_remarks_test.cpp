@@ -64,6 +64,16 @@ TEST_F(ConfigRemarks, TellOfValuesThatMakeNoSense) {
   expect_remark(13, "  - set_name: 'b', board_scale: 0", "rig.txt:13:33: board_scale is 0");
 }
 
+TEST_F(ConfigRemarks, DoubtAlikeLensesOfUnlikeFields) {
+  expect_remark(6, "  - width: 1920, height: 1080, hfov: 191, lens: 2",
+                "rig.txt:6:3: camera 2 has a hfov of 191 and camera 1 one of 190, but a "
+                "calibration holds fisheyes alike in scale");
+  expect_remark(6, "  - width: 640, height: 480, hfov: 190, lens: 2",
+                "rig.txt:6:3: the pictures of camera 2 differ in size from those of camera 1, but "
+                "a calibration holds fisheyes alike in centre and scale");
+  EXPECT_TRUE(remarks_with(6, "  - width: 1920, height: 1080, hfov: 190, lens: 1").empty());
+}
+
 TEST_F(ConfigRemarks, DoubtABoardThatLooksTheSameTurned) {
   expect_remark(20, "    board_shape: [8, 6]",
                 "rig.txt:20:18: a board of 8 by 6 looks the same after half a turn, so two "
