@@ -5,14 +5,17 @@
 
 #include <CLI/CLI.hpp>
 
+#include "calfiles/create_cal.h"
 #include "include/oc_pan_cal.h"
 #include "src/console.h"
+#include "src/result_codes.h"
 #include "tables/camera_files.h"
 #include "tools/calibration_check.h"
 #include "tools/file_watch.h"
 #include "tools/library_result.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
+#include "tools/verify/table_manifest.h"
 
 namespace ocpan {
 namespace {
@@ -33,6 +36,8 @@ struct table_maker {
   std::function<int(const tables_options&)> call;
   std::uintmax_t file_size;
   const char* file_kind;
+  const char* command;
+  bool has_faces;
 };
 
 int lut_call(const tables_options& options) {
@@ -65,6 +70,32 @@ void explain(int result, const tables_options& options) {
   }
 }
 
+// The manifest of what is about to be made.
+table_manifest manifest_of(const tables_options& options, const table_maker& maker) {
+  table_manifest manifest;
+  manifest.maker = maker.command;
+  manifest.version = OCPAN_TOOL_VERSION;
+  manifest.radius = options.radius;
+  manifest.face_size = maker.has_faces ? options.face_size : 0;
+  manifest.project_file = options.project_file;
+  add_inputs(manifest, options.calibration, options.mask_prefix, most_cameras);
+  return manifest;
+}
+
+// Writes the manifest of a run that has ended well. Gives an exported code.
+int leave_manifest(const table_manifest& manifest, const tables_options& options) {
+  std::unique_ptr<cal> calibration;
+  if (const int code = create_cal(calibration, options.calibration.c_str(), !options.project_file,
+                                  options.radius)) {
+    return map_result(code);
+  }
+  const std::string problem =
+      write_manifest(manifest, options.output_prefix, calibration->cam_count());
+  if (problem.empty()) return OCPAN_SUCCESS;
+  complain(problem);
+  return OCPAN_OUTPUT;
+}
+
 int run_maker(const tables_options& options, const table_maker& maker) {
   if (!options.project_file && !(options.radius >= 0.5f)) {
     complain("--radius must be at least 0.5");
@@ -84,6 +115,7 @@ int run_maker(const tables_options& options, const table_maker& maker) {
     complain("OUTPUT_PREFIX: ", reason);
     return OCPAN_OUTPUT;
   }
+  const table_manifest manifest = manifest_of(options, maker);
   int result = OCPAN_FAILURE;
   {
     const file_watch watch(files, maker.file_size, [&](std::size_t camera) {
@@ -91,14 +123,16 @@ int run_maker(const tables_options& options, const table_maker& maker) {
     });
     result = maker.call(options);
   }
-  if (result != OCPAN_SUCCESS) explain(result, options);
-  return result & 0xFF;
+  if (result != OCPAN_SUCCESS) {
+    explain(result, options);
+    return result & 0xFF;
+  }
+  return leave_manifest(manifest, options);
 }
 
-CLI::App* add_tables_command(CLI::App& tool, int& exit_code, const std::string& name,
-                             const std::string& what, table_maker maker,
-                             const std::shared_ptr<tables_options>& options) {
-  CLI::App* command = tool.add_subcommand(name, what);
+CLI::App* add_tables_command(CLI::App& tool, int& exit_code, const std::string& what,
+                             table_maker maker, const std::shared_ptr<tables_options>& options) {
+  CLI::App* command = tool.add_subcommand(maker.command, what);
   command->add_option("CALIBRATION", options->calibration, "The rig's calibration")
       ->type_name("FILE")
       ->required();
@@ -124,7 +158,7 @@ CLI::App* add_tables_command(CLI::App& tool, int& exit_code, const std::string& 
 constexpr const char* exit_codes = R"(
 
 Exit codes:
-  0    done, a file for each camera
+  0    done, a file for each camera and a manifest, OUTPUT_PREFIX_manifest.json
   2    an input can't be opened, or a mask hasn't its camera's size
   3    an output can't be opened or written
   4    the calibration is malformed or holds nan or inf, or a mask can't be decoded
@@ -138,8 +172,8 @@ Exit codes:
 void add_lut_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<tables_options>();
   CLI::App* command =
-      add_tables_command(tool, exit_code, "lut", "Make the lookup tables of a calibrated rig",
-                         {lut_call, 4194304, "lookup table"}, options);
+      add_tables_command(tool, exit_code, "Make the lookup tables of a calibrated rig",
+                         {lut_call, 4194304, "lookup table", "lut", true}, options);
   command
       ->add_option("--face", options->face_size,
                    "Samples across a face of the cube; as the device takes them")
@@ -157,8 +191,8 @@ Examples:
 void add_poly_command(CLI::App& tool, int& exit_code) {
   const auto options = std::make_shared<tables_options>();
   CLI::App* command =
-      add_tables_command(tool, exit_code, "poly", "Make the polygon tables of a calibrated rig",
-                         {poly_call, 1536, "polygon"}, options);
+      add_tables_command(tool, exit_code, "Make the polygon tables of a calibrated rig",
+                         {poly_call, 1536, "polygon", "poly", false}, options);
   command->footer(std::string(R"(All pixels of a mask above 0 are the camera's region.
 
 Examples:
