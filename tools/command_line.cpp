@@ -58,6 +58,7 @@ void add_commands(CLI::App& tool, int& exit_code) {
   add_refine_command(tool, exit_code);
   add_report_command(tool, exit_code);
   add_simulate_command(tool, exit_code);
+  add_verify_command(tool, exit_code);
   add_version_command(tool, exit_code);
   add_view_yuv_command(tool, exit_code);
 }

@@ -37,6 +37,7 @@ void add_simulate_fixture_command(CLI::App& simulate, int& exit_code);
 void add_simulate_masks_command(CLI::App& simulate, int& exit_code);
 void add_simulate_preset_command(CLI::App& simulate, int& exit_code);
 void add_simulate_world_command(CLI::App& simulate, int& exit_code);
+void add_verify_command(CLI::App& tool, int& exit_code);
 void add_version_command(CLI::App& tool, int& exit_code);
 void add_view_yuv_command(CLI::App& tool, int& exit_code);
 
