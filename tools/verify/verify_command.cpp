@@ -1,11 +1,14 @@
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "platform/terminal.h"
 #include "platform/text_file.h"
 #include "tools/commands.h"
+#include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/progress_bar.h"
@@ -50,6 +53,12 @@ int run_verify(const verify_options& options) {
       complain("--json: ", reason);
       return OCPAN_OUTPUT;
     }
+    std::error_code failure;
+    if (std::filesystem::equivalent(native_path(options.json), native_path(options.calibration),
+                                    failure)) {
+      complain("--json names the calibration; name another file");
+      return OCPAN_OUTPUT;
+    }
   }
   verified_tables result;
   {
@@ -76,32 +85,32 @@ void add_verify_command(CLI::App& tool, int& exit_code) {
   CLI::App* command =
       tool.add_subcommand("verify", "Judge lookup tables and polygons by their calibration");
   command->add_option("TABLE_PREFIX", options->table_prefix, "Tables are TABLE_PREFIX_0.bin ...")
-      ->type_name("PATH")
+      ->type_name("PREFIX")
       ->required();
   command->add_option("CALIBRATION", options->calibration, "What they were made from")
       ->type_name("FILE")
       ->required();
   command->add_option("MASK_PREFIX", options->mask_prefix, "Masks are MASK_PREFIX_0.png and so on")
-      ->type_name("PATH")
+      ->type_name("PREFIX")
       ->required();
   command
       ->add_option("--polygons", options->polygon_prefix,
-                   "Verify the polygons PREFIX_0.bin ... too")
+                   "The polygons PREFIX_0.bin and so on; verified too")
       ->type_name("PREFIX");
   command
       ->add_option("--radius", options->radius,
-                   "As the tables were made; by default what the manifest says, or 10")
+                   "How far away the panorama's content is; by default what the manifest says, "
+                   "or 10")
       ->type_name("M");
   command
       ->add_option("--face", options->face_size,
-                   "As the tables were made, 129 or 253; by default found out")
+                   "Samples across a face of the cube; by default found out")
       ->type_name("N")
       ->check(CLI::IsMember({129, 253}));
   command->add_flag("--project-file", options->project_file,
                     "CALIBRATION is a panorama project file; a manifest says so too");
-  command->add_option("--json", options->json, "Write verdict and measures to this file")
-      ->type_name("FILE");
-  command->add_flag("-q,--quiet", options->quiet, "Print findings and verdict only");
+  add_json_option(command, options->json);
+  add_quiet_flag(command, options->quiet, "findings and verdict stay");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_verify(*options); });
 }

@@ -174,6 +174,12 @@ TEST_F(verify, InputsThatCanNotBeReadGiveTheLibrarysCodes) {
   EXPECT_EQ(run("--radius 0.4").code, 64);
 }
 
+TEST_F(verify, JsonDoesNotReplaceTheCalibration) {
+  make();
+  EXPECT_EQ(run("--json " + file("rig.cal")).code, 3);
+  EXPECT_EQ(read_file(file("rig.cal")), camera_text);
+}
+
 TEST_F(verify, JsonHoldsTheVerdict) {
   make();
   EXPECT_EQ(run("--json " + file("verified.json")).code, 0);
