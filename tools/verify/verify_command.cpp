@@ -3,11 +3,12 @@
 #include <string>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
+
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "platform/terminal.h"
 #include "platform/text_file.h"
-#include "tools/commands.h"
 #include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
