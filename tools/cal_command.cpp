@@ -49,7 +49,7 @@ void add_cal_command(CLI::App& tool, int& exit_code) {
   add_quiet_flag(command, options->quiet, "the progress bar and the table stay");
   add_json_option(command, options->json);
   command->add_flag("--refine", options->refine,
-                    "Refine the calibration too, into a file with _refined in its name");
+                    "Refine as oc_pan refine does; into a file with _refined in its name");
   command->footer(footer);
   command->callback([options, &exit_code] { exit_code = run_cal(*options, own_program()); });
 }

@@ -52,7 +52,7 @@ void add_refine_command(CLI::App& tool, int& exit_code) {
   command
       ->add_option("--bend", options->bend,
                    "Whether boards may be bent, by two numbers each: auto lets the corners decide")
-      ->type_name("auto|on|off")
+      ->type_name("WHEN")
       ->check(CLI::IsMember({"auto", "on", "off"}))
       ->capture_default_str();
   add_json_option(command, options->json);

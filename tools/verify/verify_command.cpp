@@ -99,10 +99,11 @@ void add_verify_command(CLI::App& tool, int& exit_code) {
                    "The polygons PREFIX_0.bin and so on; verified too")
       ->type_name("PREFIX");
   command
-      ->add_option("--radius", options->radius,
-                   "How far away the panorama's content is; by default what the manifest says, "
-                   "or 10")
-      ->type_name("M");
+      ->add_option(
+          "--radius", options->radius,
+          "Radius of the sphere that is seen, 1000 units of the calibration; as the tables\n"
+          "were made. By default what the manifest says, or 10")
+      ->type_name("METRES");
   command
       ->add_option("--face", options->face_size,
                    "Samples across a face of the cube; by default found out")
