@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "platform/native_path.h"
 #include "src/console.h"
 #include "tools/refine/refine_story.h"
 
@@ -133,7 +134,7 @@ void print_refinement(const refine_story& story) {
   print_uncertainty(story);
   print_misfits(story);
   print_line("");
-  print_line("Calibration written: ", story.options.out);
+  print_line("Calibration written: ", native_path(story.options.out));
 }
 
 std::string refinement_json(const refine_story& story) {
