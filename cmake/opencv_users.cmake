@@ -1,0 +1,50 @@
+# Which of our sources and headers need OpenCV, so that the others can be built without it.
+# Nobody keeps a list: a file needs OpenCV if it includes it, or one of our headers that
+# does, or a header whose source does, because then it can't be linked without.
+function(ocpan_find_opencv_users result)
+  file(GLOB files RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
+       ${PROJECT_SOURCE_DIR}/*/*.h ${PROJECT_SOURCE_DIR}/*/*.cpp
+       ${PROJECT_SOURCE_DIR}/*/*/*.h ${PROJECT_SOURCE_DIR}/*/*/*.cpp)
+  list(FILTER files EXCLUDE REGEX "^build/")
+  set(users)
+  foreach(file ${files})
+    file(STRINGS ${PROJECT_SOURCE_DIR}/${file} includes REGEX "^#include [<\"][a-z0-9_]+/")
+    if(includes MATCHES "<opencv2/")
+      list(APPEND users ${file})
+    endif()
+    list(TRANSFORM includes REPLACE "^#include [<\"]([^>\"]*).*" "\\1")
+    set(needs ${includes})
+    list(TRANSFORM includes REPLACE "\\.h$" ".cpp")
+    set(needed_by_${file} ${needs} ${includes})
+  endforeach()
+  set(count -1)
+  list(LENGTH users new_count)
+  while(new_count GREATER count)
+    foreach(file ${files})
+      foreach(need ${needed_by_${file}})
+        if(need IN_LIST users AND NOT file IN_LIST users)
+          list(APPEND users ${file})
+          break()
+        endif()
+      endforeach()
+    endforeach()
+    set(count ${new_count})
+    list(LENGTH users new_count)
+  endwhile()
+  list(TRANSFORM users PREPEND ${PROJECT_SOURCE_DIR}/)
+  set(${result} ${users} PARENT_SCOPE)
+endfunction()
+
+if(NOT OCPAN_WITH_OPENCV)
+  ocpan_find_opencv_users(opencv_users)
+  list(LENGTH opencv_users opencv_user_count)
+  message(STATUS "Without OpenCV: ${opencv_user_count} of our files are left out")
+endif()
+
+# Takes from a list of sources, given by name, what can't be built without OpenCV, if it is
+# to be done without.
+macro(ocpan_leave_out_opencv_users sources)
+  if(opencv_users)
+    list(REMOVE_ITEM ${sources} ${opencv_users})
+  endif()
+endmacro()
