@@ -93,7 +93,7 @@ child_end run_child(const std::string& program, std::vector<std::string> argumen
   if (make_pipe(output) && make_pipe(reply)) {
     arguments.push_back(std::to_string(reinterpret_cast<std::uintptr_t>(reply.write)));
     std::string command_line = quoted(program);
-    for (const std::string& argument : arguments) command_line += " " + quoted(argument);
+    for (const std::string& argument : arguments) command_line.append(1, ' ') += quoted(argument);
     STARTUPINFOA startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;

@@ -44,7 +44,11 @@ bool run_workers(std::size_t count, const std::function<void(std::size_t)>& body
     const auto handle = _beginthreadex(nullptr, 0, run_body, &workers[k], 0, nullptr);
     if (handle != 0) handles[started++] = reinterpret_cast<HANDLE>(handle);
   }
-  if (started > 0) WaitForMultipleObjects(started, handles.get(), TRUE, INFINITE);
+  for (DWORD k = 0; k < started; k += MAXIMUM_WAIT_OBJECTS) {  // the system's limit of one call
+    const DWORD left = started - k;
+    WaitForMultipleObjects(left < MAXIMUM_WAIT_OBJECTS ? left : MAXIMUM_WAIT_OBJECTS, &handles[k],
+                           TRUE, INFINITE);
+  }
   for (DWORD k = 0; k < started; ++k) CloseHandle(handles[k]);
   for (std::size_t k = 0; k < count; ++k) {
     if (workers[k].failure) std::rethrow_exception(workers[k].failure);

@@ -1,9 +1,9 @@
 #include "platform/text_file.h"
 
-#include <filesystem>
+#include <cstdio>
 #include <locale>
-#include <system_error>
 
+#include "platform/file_kind.h"
 #include "platform/native_path.h"
 
 namespace ocpan {
@@ -12,11 +12,10 @@ std::ifstream open_input(std::string_view path, std::ios::openmode mode) {
   const std::string native = native_path(path);
   std::ifstream in;
   in.imbue(std::locale::classic());
-  std::error_code ignored;
-  if (std::filesystem::is_directory(native, ignored)) {
+  if (kind_of_file(native) == file_kind::folder) {
     in.setstate(std::ios::failbit);
   } else {
-    in.open(native, mode | std::ios::in);
+    in.open(native, mode | std::ios::in | std::ios::binary);
   }
   return in;
 }
@@ -42,10 +41,7 @@ bool finish_output(std::ofstream& out, std::string_view path) {
   out.close();
   if (opened && !written) {
     const std::string native = native_path(path);
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(native, ignored)) {
-      std::filesystem::remove(native, ignored);
-    }
+    if (kind_of_file(native) == file_kind::regular) std::remove(native.c_str());
   }
   return written;
 }

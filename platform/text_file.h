@@ -8,12 +8,14 @@
 namespace ocpan {
 
 // Opens a file for reading, in the classic locale. A folder can't be opened: the stream
-// is in its failed state then, as for a file that isn't there.
+// is in its failed state then, as for a file that isn't there. Every byte is read as it is,
+// on Windows too: the ends of lines are read_text_line's matter.
 //
 //   path   either kind of slash
 std::ifstream open_input(std::string_view path, std::ios::openmode mode = std::ios::in);
 
-// Opens a file for writing in place, in the classic locale, replacing what it held.
+// Opens a file for writing in place, in the classic locale, replacing what it held. On
+// Windows the lines of a text, one not opened as binary, end there in "\r\n".
 std::ofstream open_output(std::string_view path, std::ios::openmode mode = std::ios::out);
 
 // Reads the next line without its end, as std::getline does; a carriage return directly

@@ -3,11 +3,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <source_location>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <opencv2/imgcodecs.hpp>
@@ -15,6 +13,7 @@
 
 #include "common/alg_lib.h"
 #include "include/oc_pan_cal.h"
+#include "platform/file_kind.h"
 #include "platform/native_path.h"
 #include "src/console.h"
 #include "tables/weight_map.h"
@@ -40,10 +39,7 @@ class mask_file {
   ~mask_file() {
     if (!file_) return;
     std::fclose(file_);
-    std::error_code ignored;
-    if (!kept_ && std::filesystem::is_regular_file(name_, ignored)) {
-      std::filesystem::remove(name_, ignored);
-    }
+    if (!kept_ && kind_of_file(name_) == file_kind::regular) std::remove(name_.c_str());
   }
   mask_file(const mask_file&) = delete;
   mask_file& operator=(const mask_file&) = delete;

@@ -12,6 +12,7 @@ namespace ocpan {
 namespace {
 
 using testing::read_file;
+using testing::read_text;
 using testing::temp_folder;
 using testing::working_folder;
 using testing::write_file;
@@ -70,6 +71,15 @@ TEST(OpenInput, TakesBackslashes) {
   EXPECT_EQ(line, "text");
 }
 
+TEST(OpenInput, ReadsTextByteForByte) {
+  const temp_folder folder;
+  write_file(folder.file("a.txt"), "a\r\r\n\x1a b\nc\r");
+  std::ifstream in = open_input(folder.file("a.txt"));
+  strings lines;
+  for (std::string line; read_text_line(in, line);) lines.push_back(line);
+  EXPECT_EQ(lines, (strings{"a\r", "\x1a b", "c\r"}));
+}
+
 TEST(OpenInput, FailsForAMissingFile) {
   const temp_folder folder;
   EXPECT_FALSE(open_input(folder.file("absent.txt")));
@@ -96,7 +106,7 @@ TEST(OpenOutput, ReplacesWhatWasThere) {
   std::ofstream out = open_output(folder.file("a.txt"));
   out << "short\n";
   EXPECT_TRUE(finish_output(out, folder.file("a.txt")));
-  EXPECT_EQ(read_file(folder.file("a.txt")), "short\n");
+  EXPECT_EQ(read_text(folder.file("a.txt")), "short\n");
 }
 
 TEST(OpenOutput, TakesBackslashes) {
@@ -140,6 +150,20 @@ TEST(FinishOutput, LeavesAFileThatWasNeverOpened) {
   EXPECT_FALSE(finish_output(out, folder.file("a.txt")));
   EXPECT_EQ(read_file(folder.file("a.txt")), "of an earlier run");
 }
+
+#ifdef _WIN32
+TEST(OpenOutput, EndsLinesOfTextAlsoWithACarriageReturn) {
+  const temp_folder folder;
+  std::ofstream text = open_output(folder.file("a.txt"));
+  text << "a\n";
+  EXPECT_TRUE(finish_output(text, folder.file("a.txt")));
+  EXPECT_EQ(read_file(folder.file("a.txt")), "a\r\n");
+  std::ofstream bytes = open_output(folder.file("b.bin"), std::ios::binary);
+  bytes << "a\n";
+  EXPECT_TRUE(finish_output(bytes, folder.file("b.bin")));
+  EXPECT_EQ(read_file(folder.file("b.bin")), "a\n");
+}
+#endif
 
 #ifdef __linux__
 TEST(FinishOutput, SeesAFullDiskAndLeavesTheDevice) {
