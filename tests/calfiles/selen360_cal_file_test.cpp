@@ -18,7 +18,7 @@ namespace ocpan {
 namespace {
 
 using testing::printed_by;
-using testing::read_file;
+using testing::read_text;
 using testing::temp_folder;
 using testing::write_file;
 
@@ -48,7 +48,7 @@ TEST(CalFileSave, WritesDetailLinesThenModelLines) {
   const selen360_cal_file file({{{C_0, 0.0}, {H_2, -320.0}, {LAMBDA, 1.0}}, {{L, -0.5}}},
                                {{1280, 960, 190.5f, 1}, {640, 480, 62.0f, 0}});
   EXPECT_EQ(printed_by([&] { EXPECT_EQ(file.save(folder.file("rig.cal")), code::success); }), "");
-  EXPECT_EQ(read_file(folder.file("rig.cal")),
+  EXPECT_EQ(read_text(folder.file("rig.cal")),
             "Width:1280 Height:960 Lens:1 Hfov:190.5\n"
             "Width:640 Height:480 Lens:0 Hfov:62\n"
             "C_0:0 H_2:-320 LAMBDA:1\n"
@@ -60,7 +60,7 @@ TEST(CalFileSave, NamesEveryParameterInOrder) {
   model_map model;
   for (int key = 0; key < parameter_count; ++key) model[static_cast<parameter_name>(key)] = key;
   EXPECT_EQ(selen360_cal_file({model}, {}).save(folder.file("rig.cal")), code::success);
-  EXPECT_EQ(read_file(folder.file("rig.cal")),
+  EXPECT_EQ(read_text(folder.file("rig.cal")),
             "C_0:0 C_1:1 C_2:2 A_th:3 A_ph:4 H_0:5 H_1:6 H_2:7 V_0:8 V_1:9 V_2:10 O_th:11 O_ph:12 "
             "rho_0:13 rho_1:14 rho_2:15 L:16 LAMBDA:17\n");
 }
@@ -70,7 +70,7 @@ TEST(CalFileSave, KeepsSixSignificantDigits) {
   const selen360_cal_file file({{{C_0, 3.14159265}, {C_1, 1234567.0}, {C_2, -0.0000123456789}}},
                                {{1, 2, 62.3456789f, 2}});
   EXPECT_EQ(file.save(folder.file("rig.cal")), code::success);
-  EXPECT_EQ(read_file(folder.file("rig.cal")),
+  EXPECT_EQ(read_text(folder.file("rig.cal")),
             "Width:1 Height:2 Lens:2 Hfov:62.3457\n"
             "C_0:3.14159 C_1:1.23457e+06 C_2:-1.23457e-05\n");
 }
@@ -79,7 +79,7 @@ TEST(CalFileSave, ReplacesALongerFile) {
   const temp_folder folder;
   write_file(folder.file("rig.cal"), std::string(1000, 'x'));
   EXPECT_EQ(selen360_cal_file({{{C_0, 1.0}}}, {}).save(folder.file("rig.cal")), code::success);
-  EXPECT_EQ(read_file(folder.file("rig.cal")), "C_0:1\n");
+  EXPECT_EQ(read_text(folder.file("rig.cal")), "C_0:1\n");
 }
 
 TEST(CalFileSave, PaysNoHeedToTheHostsLocale) {
@@ -95,7 +95,7 @@ TEST(CalFileSave, PaysNoHeedToTheHostsLocale) {
   selen360_cal_file back(1.0f);
   EXPECT_EQ(back.load(folder.file("rig.cal").c_str()), code::success);
   std::locale::global(before);
-  EXPECT_EQ(read_file(folder.file("rig.cal")),
+  EXPECT_EQ(read_text(folder.file("rig.cal")),
             "Width:1280 Height:960 Lens:1 Hfov:0.5\nC_0:1234.5\n");
   EXPECT_EQ(back.models().at(0).at(C_0), 1234.5);
 }
@@ -119,7 +119,7 @@ TEST(CalFileSave, CantWriteOverAFolder) {
 }
 
 TEST(CalFileSave, TellsOfAFullDisk) {
-  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
   int result = 0;
   EXPECT_EQ(printed_by([&] {
               result = selen360_cal_file({{{C_0, 1.0}}}, {{}}).save("/dev/full");

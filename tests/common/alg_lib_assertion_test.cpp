@@ -1,5 +1,10 @@
 #include <string>
+
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <unistd.h>
+#endif
 
 #include <gtest/gtest.h>
 
@@ -7,6 +12,20 @@
 
 namespace ocpan {
 namespace {
+
+// The process ends with -1, of which POSIX keeps one byte.
+#ifdef _WIN32
+constexpr int assertion_exit_code = -1;
+#else
+constexpr int assertion_exit_code = 255;
+#endif
+
+// A line number, for the regular expressions of either system.
+#if GTEST_USES_SIMPLE_RE
+const std::string line_number = "\\d+";
+#else
+const std::string line_number = "[1-9][0-9]*";
+#endif
 
 // What a failed assertion prints, from its first to its last byte.
 std::string assertion(const std::string& function, const std::string& condition) {
@@ -16,11 +35,17 @@ std::string assertion(const std::string& function, const std::string& condition)
     escaped.push_back(c);
   }
   return "^\nASSERT failed at:\n  >File name: alg_lib\n  >Function : " + function +
-         "\n  >Line No. : [1-9][0-9]*\n  >Condition: " + escaped + "\n$";
+         "\n  >Line No. : " + line_number + "\n  >Condition: " + escaped + "\n$";
 }
 
 // Sends what the child prints where the death test reads.
-void print_to_error_stream() { dup2(STDERR_FILENO, STDOUT_FILENO); }
+void print_to_error_stream() {
+#ifdef _WIN32
+  _dup2(2, 1);
+#else
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+#endif
+}
 
 template <typename Call>
 void expect_assertion(Call&& call, const std::string& function, const std::string& condition) {
@@ -29,7 +54,7 @@ void expect_assertion(Call&& call, const std::string& function, const std::strin
         print_to_error_stream();
         call();
       },
-      ::testing::ExitedWithCode(255), assertion(function, condition));
+      ::testing::ExitedWithCode(assertion_exit_code), assertion(function, condition));
 }
 
 TEST(AlgLibDeathTest, GetChromWHAssertsItsPointers) {

@@ -123,7 +123,7 @@ TEST(ProductionReport, HoldsAllMeasuresWithRadiiInMetres) {
   std::filesystem::create_directory("tmp");
   testing::write_file("tmp/Prod_QA_Measures.txt", std::string(5000, 'x'));
   write_production_report(sample_measures(), 2);
-  EXPECT_EQ(testing::read_file("tmp/Prod_QA_Measures.txt"),
+  EXPECT_EQ(testing::read_text("tmp/Prod_QA_Measures.txt"),
             "Camera Number : 2\n"
             "Calibration Sets Number : 2\n"
             "\n"

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cerrno>
 #include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "src/read_config.h"
+#include "tests/support/opening_error.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan::testing {
@@ -24,6 +26,7 @@ struct config_run {
 inline config_run run_config_file(const std::string& path) {
   config_run run;
   std::ostringstream printed;
+  errno = 0;  // see opening_error
   std::streambuf* const before = std::cout.rdbuf(printed.rdbuf());
   run.result = read_config(run.cameras, run.sets, run.output_file, run.pool, path.c_str());
   std::cout.rdbuf(before);

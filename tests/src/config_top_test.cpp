@@ -9,6 +9,7 @@ namespace ocpan {
 namespace {
 
 using testing::config_run;
+using testing::opening_error;
 using testing::run_config;
 using testing::run_config_file;
 using testing::temp_folder;
@@ -140,17 +141,13 @@ TEST(TopSection, DoesNotComeBack) {
 
 TEST(BaseDirectory, IsListedAtOnce) {
   const working_folder folder;
-  std::ostringstream expected;
-  expected << "Error(" << ENOENT << ") opening no\\such\\*\n";
-  expect_malformed("base_directory: 'no/such'\nodd: 1\n", expected.str());
+  expect_malformed("base_directory: 'no/such'\nodd: 1\n", opening_error(ENOENT, "no\\such\\*"));
 }
 
 TEST(BaseDirectory, ReportsAFileAsAFolderThatCannotBeOpened) {
   const working_folder folder;
   write_file("pics", "");
-  std::ostringstream expected;
-  expected << "Error(" << ENOTDIR << ") opening pics\\*\n";
-  expect_malformed("base_directory: 'pics'\n", expected.str());
+  expect_malformed("base_directory: 'pics'\n", opening_error(ENOTDIR, "pics\\*"));
 }
 
 #ifdef __linux__

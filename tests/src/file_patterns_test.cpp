@@ -8,11 +8,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/captured_output.h"
+#include "tests/support/opening_error.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan {
 namespace {
 
+using testing::opening_error;
 using testing::printed_by;
 using testing::working_folder;
 using testing::write_file;
@@ -118,12 +120,6 @@ TEST(SortNames, TakesManyEqualNames) {
 
 // ---- list_directory, list_sorted
 
-std::string opening_error(int error_number, const std::string& search_text) {
-  std::ostringstream line;
-  line << "Error(" << error_number << ") opening " << search_text << "\n";
-  return line.str();
-}
-
 TEST(ListDirectory, AppendsEveryEntry) {
   const working_folder folder;
   std::filesystem::create_directories("pics/inner");
@@ -140,6 +136,7 @@ TEST(ListDirectory, ReportsAFolderThatCannotBeOpened) {
   const working_folder folder;
   strings names;
   int result = -7;
+  errno = 0;
   EXPECT_EQ(printed_by([&] { result = list_directory("no\\such\\", names); }),
             opening_error(ENOENT, "no\\such\\*"));
   EXPECT_EQ(result, 5);
@@ -150,6 +147,7 @@ TEST(ListDirectory, ReportsAFileGivenAsFolder) {
   write_file("a.png", "");
   strings names;
   int result = -7;
+  errno = 0;
   EXPECT_EQ(printed_by([&] { result = list_directory("a.png\\", names); }),
             opening_error(ENOTDIR, "a.png\\*"));
   EXPECT_EQ(result, 5);
@@ -170,6 +168,7 @@ TEST(ListSorted, HandsOnTheFailureOfTheListing) {
   const working_folder folder;
   strings names;
   int result = 0;
+  errno = 0;
   EXPECT_EQ(printed_by([&] { result = list_sorted("absent\\", names); }),
             opening_error(ENOENT, "absent\\*"));
   EXPECT_EQ(result, 5);

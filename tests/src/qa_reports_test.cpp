@@ -19,7 +19,7 @@ namespace ocpan {
 namespace {
 
 using testing::printed_by;
-using testing::read_file;
+using testing::read_text;
 using testing::temp_folder;
 using testing::write_file;
 
@@ -190,13 +190,13 @@ run_report three_sets() {
 std::string table_of(run_report report, int last_lens) {
   const temp_folder folder;
   EXPECT_EQ(printed_by([&] { write_qa_reports(folder.file("rig"), last_lens, report, 3); }), "");
-  return read_file(folder.file("rig_distance.csv"));
+  return read_text(folder.file("rig_distance.csv"));
 }
 
 std::string measures_of(run_report report) {
   const temp_folder folder;
   write_qa_reports(folder.file("rig"), 2, report, 3);
-  return read_file(folder.file("rig_QA_Measures.txt"));
+  return read_text(folder.file("rig_QA_Measures.txt"));
 }
 
 TEST(DistanceTable, HoldsRowsPerBoardAndPerBin) {
@@ -330,7 +330,7 @@ TEST(QaReports, MeasuresThatCantBeOpenedCostOnlyThemselves) {
 }
 
 TEST(QaReports, AFullDiskIsBorneInSilence) {
-  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
   const temp_folder folder;
   std::filesystem::create_symlink("/dev/full", folder.file("rig_distance.csv"));
   std::filesystem::create_symlink("/dev/full", folder.file("rig_QA_Measures.txt"));
@@ -357,7 +357,7 @@ TEST(QaReports, ReplaceThoseOfAnEarlierRun) {
   write_file(folder.file("rig_QA_Measures.txt"), std::string(5000, 'x'));
   run_report report = three_sets();
   write_qa_reports(folder.file("rig"), 2, report, 3);
-  EXPECT_EQ(read_file(folder.file("rig_QA_Measures.txt")), measures_of(three_sets()));
+  EXPECT_EQ(read_text(folder.file("rig_QA_Measures.txt")), measures_of(three_sets()));
 }
 
 }  // namespace
