@@ -9,8 +9,8 @@
 #include "platform/text_file.h"
 #include "src/result_codes.h"
 #include "tools/boards/printed_aside.h"
+#include "tools/boards/rig_output.h"
 #include "tools/messages.h"
-#include "tools/picture_output.h"
 #include "tools/refine/refine_story.h"
 #include "tools/verdict.h"
 
@@ -19,15 +19,17 @@ namespace {
 
 // What stands in the way of the outputs; empty if nothing does.
 std::string obstacle_to_outputs(const refine_options& options) {
-  const std::vector<std::string> inputs = {options.calibration, options.configuration};
-  if (const std::string reason = why_not_output(options.out, inputs); !reason.empty()) {
+  const auto why_not = [&](const std::string& output) {
+    return why_not_rig_output(output, options.calibration, options.configuration);
+  };
+  if (const std::string reason = why_not(options.out); !reason.empty()) {
     return "--out: " + reason;
   }
   if (options.json.empty()) return {};
   if (native_path(options.json) == native_path(options.out)) {
     return "--json and --out name the same file; name two";
   }
-  const std::string reason = why_not_output(options.json, inputs);
+  const std::string reason = why_not(options.json);
   return reason.empty() ? reason : "--json: " + reason;
 }
 

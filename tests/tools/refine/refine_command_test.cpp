@@ -36,6 +36,28 @@ TEST(RefineCommand, RefusesToOverwriteItsInput) {
   EXPECT_EQ(testing::read_file("rig.cal"), "kept");
 }
 
+TEST(RefineCommand, RefusesToOverwriteAPicture) {
+  const working_folder folder;
+  for (const char* picture : {"a1.png", "b1.png"}) write_file(picture, "kept");
+  write_file("rig.txt",
+             "base_directory: '.'\noutput_filename: 'found.cal'\ncamera_info:\n"
+             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
+             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
+             "calibration_sets:\n"
+             "  - set_name: 'one', board_scale: 25.0\n    cameras: [1]\n"
+             "    filename_patterns: ['^a\\d\\.png$']\n    board_shape: [4, 3]\n"
+             "  - set_name: 'two', board_scale: 25.0\n    cameras: [2]\n"
+             "    filename_patterns: ['^b\\d\\.png$']\n    board_shape: [4, 3]\n"
+             "  - set_name: 'both', board_scale: 25.0\n    cameras: [1, 2]\n"
+             "    filename_patterns: ['^a\\d\\.png$', '^b\\d\\.png$']\n    board_shape: [4, 3]\n");
+  const tool_run out = run_here("refine rig.cal rig.txt --out b1.png");
+  EXPECT_EQ(out.code, 3);
+  EXPECT_NE(out.err.find("--out: b1.png is an input"), std::string::npos) << out.err;
+  const tool_run json = run_here("refine rig.cal rig.txt --out out.cal --json a1.png");
+  EXPECT_EQ(json.code, 3);
+  EXPECT_NE(json.err.find("--json: a1.png is an input"), std::string::npos) << json.err;
+}
+
 TEST(RefineCommand, TellsOfACalibrationThatIsNotThere) {
   const working_folder folder;
   const tool_run run = run_here("refine rig.cal rig.txt --out out.cal");
