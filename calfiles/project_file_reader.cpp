@@ -26,6 +26,7 @@ template <typename Number>
 bool read_number(Number& number, const std::string& text) {
   std::istringstream in(text);
   in.imbue(std::locale::classic());
+  in.exceptions(std::ios::badbit);  // or a failed allocation would read as no number
   return static_cast<bool>(in >> number);
 }
 
@@ -194,10 +195,15 @@ int read_project_file(pt_project& project, const char* file_name) {
   std::string line, kind;
   while (read_text_line(in, line)) {
     std::istringstream tokens(line);
+    tokens.exceptions(std::ios::badbit);  // or a failed allocation would end the line
     if (!(tokens >> kind)) continue;
     if (kind == "p") read_panorama_line(tokens, project);
     if (kind != "i") continue;
     if (const int result = read_image_line(tokens, image, project.images)) return result;
+  }
+  if (in.bad()) {
+    print_line("Couldn't read: ", file_name);
+    return code::input_unusable;
   }
   return code::success;
 }

@@ -41,6 +41,7 @@ class line_reader {
   line_reader(std::vector<model_map>& models, std::vector<camera_details>& details)
       : models_(models), details_(details) {
     number_.imbue(std::locale::classic());
+    number_.exceptions(std::ios::badbit);  // or a failed allocation would read as 0
   }
 
   // False at a bad lens, where the reading ends at once.
@@ -165,6 +166,10 @@ int selen360_cal_file::load(const char* file_name) {
   std::string line;
   while (read_text_line(in, line)) {
     if (!reader.read_line(line)) break;
+  }
+  if (in.bad()) {
+    print_line("Couldn't read: ", file_name);
+    return code::input_unusable;
   }
   return reader.result();
 }

@@ -4,8 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include <Eigen/SVD>
-
+#include "model/dense_svd.h"
 #include "model/rigid_rotation.h"
 
 namespace ocpan {

@@ -6,8 +6,8 @@
 
 #include <Eigen/Geometry>
 #include <Eigen/LU>
-#include <Eigen/SVD>
 
+#include "model/dense_svd.h"
 #include "model/projection.h"
 #include "solver/solve_stage.h"
 #include "solver/stage_lists.h"

@@ -7,6 +7,14 @@
 #include "platform/native_path.h"
 
 namespace ocpan {
+namespace {
+
+// Takes no memory.
+void remove_regular_file(const std::string& native) {
+  if (kind_of_file(native) == file_kind::regular) std::remove(native.c_str());
+}
+
+}  // namespace
 
 std::ifstream open_input(std::string_view path, std::ios::openmode mode) {
   const std::string native = native_path(path);
@@ -23,12 +31,27 @@ std::ifstream open_input(std::string_view path, std::ios::openmode mode) {
 std::ofstream open_output(std::string_view path, std::ios::openmode mode) {
   std::ofstream out;
   out.imbue(std::locale::classic());
-  out.open(native_path(path), mode | std::ios::out | std::ios::trunc);
+  const std::string native = native_path(path);
+  try {
+    out.open(native, mode | std::ios::out | std::ios::trunc);
+  } catch (...) {  // opened and emptied, but no memory for the stream's buffer
+    out.close();
+    remove_regular_file(native);
+    throw;
+  }
   return out;
 }
 
 bool read_text_line(std::istream& in, std::string& line) {
-  if (!std::getline(in, line)) return false;
+  // A stream would keep the failed allocation to itself, and what is left of the file with it.
+  const std::ios::iostate before = in.exceptions();
+  try {
+    in.exceptions(std::ios::badbit);
+    std::getline(in, line);
+  } catch (const std::ios::failure&) {  // a failed read: bad() tells
+  }
+  in.exceptions(before);
+  if (!in) return false;
   const bool ended_by_newline = !in.eof();
   if (ended_by_newline && !line.empty() && line.back() == '\r') line.pop_back();
   return true;
@@ -39,10 +62,7 @@ bool finish_output(std::ofstream& out, std::string_view path) {
   out.flush();
   const bool written = out.good();
   out.close();
-  if (opened && !written) {
-    const std::string native = native_path(path);
-    if (kind_of_file(native) == file_kind::regular) std::remove(native.c_str());
-  }
+  if (opened && !written) remove_regular_file(native_path(path));
   return written;
 }
 

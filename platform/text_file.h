@@ -20,7 +20,7 @@ std::ofstream open_output(std::string_view path, std::ios::openmode mode = std::
 
 // Reads the next line without its end, as std::getline does; a carriage return directly
 // before the newline is dropped. Gives false when no line is left or reading failed
-// (the stream's bad() tells which).
+// (the stream's bad() tells which). Throws std::bad_alloc when there is no memory for it.
 bool read_text_line(std::istream& in, std::string& line);
 
 // Flushes and closes an output. Gives false when something couldn't be written (a full

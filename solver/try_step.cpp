@@ -5,8 +5,8 @@
 #include <limits>
 
 #include <Eigen/LU>
-#include <Eigen/SVD>
 
+#include "model/dense_svd.h"
 #include "model/projection.h"
 
 namespace ocpan {

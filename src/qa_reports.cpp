@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <ostream>
+#include <locale>
+#include <sstream>
 
 #include "platform/text_file.h"
 #include "src/console.h"
@@ -116,6 +117,17 @@ void write_measures(std::ostream& out, const run_report& report, const std::vect
   }
 }
 
+// What `write` writes, whole: without memory for it an exception is thrown before a file is
+// opened.
+template <typename Write>
+std::string text_of(Write&& write) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text.exceptions(std::ios::badbit);
+  write(text);
+  return text.str();
+}
+
 }  // namespace
 
 qa_histogram_families qa_histograms(const std::vector<std::vector<double>>& entry_distances,
@@ -151,17 +163,21 @@ void write_qa_reports(const std::string& output_file, int last_lens, run_report&
   const std::vector<double> ratios = qa_ratios(fine, coarse, coarse_step, range, report);
 
   const std::string table_name = output_file + "_distance.csv";
+  const std::string table_text =
+      text_of([&](std::ostream& out) { write_distance_table(out, report, fine); });
   std::ofstream table = open_output(table_name);
   if (!table) {
     print_line("Can not open distance file : ", table_name, "\n");
     return;
   }
-  write_distance_table(table, report, fine);
+  table << table_text;
   static_cast<void>(finish_output(table, table_name));
 
   const std::string measures_name = output_file + "_QA_Measures.txt";
+  const std::string measures_text =
+      text_of([&](std::ostream& out) { write_measures(out, report, ratios, camera_count); });
   std::ofstream measures = open_output(measures_name);
-  write_measures(measures, report, ratios, camera_count);
+  measures << measures_text;
   static_cast<void>(finish_output(measures, measures_name));
 }
 

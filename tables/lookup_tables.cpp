@@ -36,12 +36,13 @@ int write_camera_lut(const cal& calibration, std::uint64_t camera,
   const int height = calibration.cam_height(camera);
   cv::Mat mask;
   if (const int result = read_image(mask, mask_name.c_str(), 0, width, height)) return result;
+  // Made before the older table is emptied.
+  const std::vector<std::uint64_t> entries = lut_entries(positions, mask);
   std::ofstream out = open_output(output_name, std::ios::binary);
   if (!out) {
     print_line("Error opening output file: ", output_name);
     return code::output_unopened;
   }
-  const std::vector<std::uint64_t> entries = lut_entries(positions, mask);
   return write_bytes(out, output_name, entries.data(), entries.size() * sizeof(entries[0]));
 }
 

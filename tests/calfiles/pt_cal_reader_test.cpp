@@ -284,5 +284,17 @@ TEST(CreateCal, TellsOfAProjectFileThatCanNotBeOpened) {
             "Couldn't open: " + name + "\nLoading Calibration data failed\n");
 }
 
+#ifdef __linux__
+TEST(ReadProjectFile, TellsOfAFileThatCantBeRead) {
+  // Opens, but nothing is mapped at its start: the first read fails.
+  std::unique_ptr<cal> calibration;
+  EXPECT_EQ(printed_by([&] {
+              EXPECT_EQ(create_cal(calibration, "/proc/self/mem", false, 1.0f),
+                        code::input_unusable);
+            }),
+            "Couldn't read: /proc/self/mem\nLoading Calibration data failed\n");
+}
+#endif
+
 }  // namespace
 }  // namespace ocpan

@@ -179,6 +179,17 @@ TEST(CalFileLoad, IsEmptyAfterAFileThatCantBeOpened) {
   EXPECT_TRUE(file.details().empty());
 }
 
+#ifdef __linux__
+TEST(CalFileLoad, TellsOfAFileThatCantBeRead) {
+  // Opens, but nothing is mapped at its start: the first read fails.
+  selen360_cal_file file(1.0f);
+  int result = 0;
+  EXPECT_EQ(printed_by([&] { result = file.load("/proc/self/mem"); }),
+            "Couldn't read: /proc/self/mem\n");
+  EXPECT_EQ(result, code::input_unusable);
+}
+#endif
+
 TEST(CalFileLoad, CantOpenAFolder) {
   const temp_folder folder;
   const std::string name = folder.path().string();

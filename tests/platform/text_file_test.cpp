@@ -1,6 +1,7 @@
 #include "platform/text_file.h"
 
 #include <locale>
+#include <new>
 #include <sstream>
 #include <vector>
 
@@ -59,6 +60,31 @@ TEST(ReadTextLine, FindsNoLineInAnEmptyText) { EXPECT_TRUE(lines_of("").empty())
 
 TEST(ReadTextLine, KeepsZeroBytes) {
   EXPECT_EQ(lines_of(std::string("a\0b\nc", 5)), (strings{std::string("a\0b", 3), "c"}));
+}
+
+// A source of text whose reading ends in an exception.
+template <typename Exception>
+struct failing_source : std::streambuf {
+  int_type underflow() override { throw Exception("no more"); }
+};
+struct no_memory : std::bad_alloc {
+  explicit no_memory(const char*) {}
+};
+
+TEST(ReadTextLine, PassesOnThatThereIsNoMemory) {
+  failing_source<no_memory> source;
+  std::istream in(&source);
+  std::string line;
+  EXPECT_THROW(read_text_line(in, line), std::bad_alloc);
+}
+
+TEST(ReadTextLine, LeavesTheStreamBadWhereReadingFails) {
+  failing_source<std::ios::failure> source;
+  std::istream in(&source);
+  std::string line;
+  EXPECT_FALSE(read_text_line(in, line));
+  EXPECT_TRUE(in.bad());
+  EXPECT_FALSE(read_text_line(in, line));
 }
 
 TEST(OpenInput, TakesBackslashes) {
