@@ -320,8 +320,8 @@ void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map
   const rigid_motion motion{rotation_from_vector(rotation), translation};
   const double chi_limit = monotonic_limit(camera.r0, camera.r1, camera.r2);
   const Index total = points.cols();
-  x_out.resize(total);
-  y_out.resize(total);
+  resize(x_out, total, 1);
+  resize(y_out, total, 1);
   std::array<Eigen::Matrix3d, 3> rotation_by;
   if (want_derivatives) {
     dx_out.resize(total);
@@ -392,7 +392,7 @@ void unproject_points(Eigen::Matrix3Xd& rays_out, const Eigen::Matrix2Xd& pixels
     chi -= error / ((1 + camera.r0) + chi2 * (3 * camera.r1 + chi2 * (5 * camera.r2)));
   }
 
-  rays_out.resize(3, total);
+  resize(rays_out, 3, total);
   const double law = camera.law;
   for (Index i = 0; i < total; ++i) {
     double theta = chi[i];

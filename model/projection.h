@@ -4,6 +4,7 @@
 
 #include "model/parameters.h"
 #include "model/pose.h"
+#include "model/resize.h"
 
 namespace ocpan {
 
@@ -11,7 +12,7 @@ namespace ocpan {
 // parameter_name 0 to 15 and LAMBDA, pose_param_name 18 to 23. There is none for L.
 class derivative_map {
  public:
-  void resize(Eigen::Index points) { columns_.resize(points, column_count); }
+  void resize(Eigen::Index points) { ocpan::resize(columns_, points, column_count); }
   Eigen::Index points() const { return columns_.rows(); }
   static bool contains(int key) { return key >= C_0 && key <= T_2 && key != L; }
 

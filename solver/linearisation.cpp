@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "model/projection.h"
+#include "model/resize.h"
 
 namespace ocpan {
 namespace {
@@ -35,7 +36,7 @@ void fill_rows(view_rows& view, const solver_problem& problem, const solver_stat
   const Eigen::ArrayXd scale =
       state.weights.segment(shot.first_weight + static_cast<Index>(entry) * n, n) / sigma;
   const Index camera_columns = layout.columns_of(camera);
-  view.rows.resize(2 * n, camera_columns + layout.pose_columns() + 1);
+  resize(view.rows, 2 * n, camera_columns + layout.pose_columns() + 1);
   Index column = 0;
   const auto add = [&](int key) {
     view.rows.col(column).head(n) = (scale * view.dx[key]).matrix();
@@ -55,7 +56,8 @@ void fill_rows(view_rows& view, const solver_problem& problem, const solver_stat
 double add_view(linearisation& at, shot_equations& equations, view_rows& view,
                 const column_layout& layout, std::size_t camera, Index local_first) {
   const Index k = view.rows.cols();
-  view.products.setZero(k, k);
+  resize(view.products, k, k);
+  view.products.setZero();
   view.products.selfadjointView<Eigen::Lower>().rankUpdate(view.rows.transpose());
   const Index nc = layout.columns_of(camera), np = layout.pose_columns();
   const Index first = layout.first[camera];

@@ -7,7 +7,7 @@ using namespace ocpan::faults;
 
 extern "C" const fault_controls* ocpan_fault_controls() {
   static constexpr fault_controls controls = {
-      arm,     disarm,        armed_calls,    made_failures, first_failed_call,
+      arm,     disarm,        armed_calls,    made_failures, tell_first_failure,
       balance, record_stacks, begin_tracking, end_tracking};
   return &controls;
 }

@@ -80,7 +80,6 @@ void settle_output() {
 extern "C" void tell_death(int number) {
   controls()->disarm();
   page()->death_signal = number;
-  page()->refused_at = controls()->first_failed();
   std::array<void*, call_stack{}.size() + 1> stack{};
   backtrace(stack.data(), static_cast<int>(stack.size()));
   std::copy(stack.begin() + 1, stack.end(), page()->died_at.begin());  // but for this function
@@ -108,7 +107,7 @@ void watch_for_death() {
   alarm(most_seconds);
 }
 
-void name_who_died() {
+void name_who_died(int status) {
   const bool stack_is_lost = !page()->died_at[0];
   const call_stack& stack = stack_is_lost ? page()->refused_at : page()->died_at;
   const call_owner owner = owner_of(stack);
@@ -119,8 +118,8 @@ void name_who_died() {
                                                : "dies in ";
   page()->foreign = !owner.is_ours;
   store(page()->problem, how + owner.name);
-  store(page()->details,
-        stack_text(page()->refused_at) + "  and then\n" + stack_text(page()->died_at));
+  store(page()->details, stack_text(page()->refused_at) + "  and then, wait status " +
+                             std::to_string(status) + "\n" + stack_text(page()->died_at));
 }
 
 void name_who_keeps() {
@@ -156,7 +155,7 @@ void in_child(Body&& body) {
   }
   int status = 0;
   waitpid(child, &status, 0);
-  if (!page()->finished) name_who_died();
+  if (!page()->finished) name_who_died(status);
   if (page()->kept_count > 0) name_who_keeps();
 }
 
@@ -191,7 +190,9 @@ bool keeps_more_each_time(const export_job& job, const good_run& good, const fau
 
 void fault_in_child(const export_job& job, const good_run& good, const fault& which) {
   int code = 0;
+  controls()->tell_first_failure(&page()->refused_at);
   const resources kept = kept_by_run(job, which, code);
+  controls()->tell_first_failure(nullptr);
   page()->calls = controls()->calls();
   page()->fired = controls()->failures() > 0;
   page()->code = code;
@@ -199,7 +200,6 @@ void fault_in_child(const export_job& job, const good_run& good, const fault& wh
   if (code < OCPAN_FAILURE || code > OCPAN_INVALID) problem += "no code; ";
   problem += folder_problem(job, good, code, testing::read_file(printed_name));
   store(page()->problem, problem);
-  store(page()->details, stack_text(controls()->first_failed()) + testing::read_file(printed_name));
   if (problem.empty() && !nothing_kept(kept) && keeps_more_each_time(job, good, which)) {
     track_who_keeps(job, good, which);
   }

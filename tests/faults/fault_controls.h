@@ -35,7 +35,8 @@ struct fault_controls {
   void (*disarm)();
   long (*calls)();     // of the armed kind since arm()
   long (*failures)();  // how many of them were made to fail
-  const call_stack& (*first_failed)();
+  // Where the stack of the first of them is put, before it fails.
+  void (*tell_first_failure)(call_stack* stack);
 
   // Memory taken and not given back since the process began.
   memory_balance (*balance)();

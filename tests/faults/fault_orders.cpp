@@ -15,7 +15,7 @@ std::atomic<long> calls = 0;
 std::atomic<long> failures = 0;
 long first_failure = 0;
 bool lasting_failure = false;
-call_stack first_failed{};
+call_stack* first_failed = nullptr;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ bool must_fail(call_kind kind) {
   record_stack(number);
   const bool fails =
       first_failure > 0 && (lasting_failure ? number >= first_failure : number == first_failure);
-  if (fails && ++failures == 1) first_failed = calling_stack();
+  if (fails && ++failures == 1 && first_failed) *first_failed = calling_stack();
   return fails;
 }
 
@@ -44,6 +44,6 @@ void arm(call_kind kind, long nth, bool lasting) {
 void disarm() { armed_kind = none; }
 long armed_calls() { return calls; }
 long made_failures() { return failures; }
-const call_stack& first_failed_call() { return first_failed; }
+void tell_first_failure(call_stack* stack) { first_failed = stack; }
 
 }  // namespace ocpan::faults

@@ -14,6 +14,6 @@ void arm(call_kind kind, long nth, bool lasting);
 void disarm();
 long armed_calls();
 long made_failures();
-const call_stack& first_failed_call();
+void tell_first_failure(call_stack* stack);
 
 }  // namespace ocpan::faults

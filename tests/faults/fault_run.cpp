@@ -1,4 +1,5 @@
 // Lets the calls of whole runs of the exports fail, one in each, and tells how they ended.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -19,11 +20,11 @@ namespace {
 namespace fs = std::filesystem;
 
 struct run_options {
-  std::string job;         // empty: all
-  std::size_t most = 400;  // faults of a job and kind
-  bool cold = false;       // leave the first call of a process its one-time work
-  std::string only_kind;   // empty: all
-  long nth = 0;            // 0: all
+  std::vector<std::string> jobs;  // empty: all
+  std::size_t most = 400;         // faults of a job and kind
+  bool cold = false;              // leave the first call of a process its one-time work
+  std::string only_kind;          // empty: all
+  long nth = 0;                   // 0: all
   bool lasting = false;
 };
 
@@ -112,7 +113,8 @@ int run_all(const run_options& options) {
   fault_counts counts;
   bool good = true;
   for (const export_job& job : export_jobs()) {
-    if (!options.job.empty() && options.job != job.name) continue;
+    const auto& jobs = options.jobs;
+    if (!jobs.empty() && std::count(jobs.begin(), jobs.end(), job.name) == 0) continue;
     good = run_job(counts, job, folder.path().string(), options) && good;
   }
   fs::current_path("/");
@@ -137,7 +139,7 @@ int main(int count, char** arguments) {
   using namespace ocpan::faults;
   run_options options;
   CLI::App app("Lets calls of whole runs of the exports fail");
-  app.add_option("--job", options.job, "only the job of this name");
+  app.add_option("--job", options.jobs, "only the jobs of these names");
   app.add_option("--kind", options.only_kind, "only calls of this kind");
   app.add_option("--most", options.most, "faults of each job and kind");
   app.add_option("--nth", options.nth, "only this call, and print how it ended");
