@@ -78,6 +78,11 @@ void check_whole(const std::vector<project_line>& lines, std::size_t cameras,
     findings.push_back({0, OCPAN_MALFORMED,
                         "it is in the library's dialect already; give it to the library as it is"});
   }
+  if (!has([](const project_line& line) { return line.kind == "p"; })) {
+    findings.push_back({0, 0,
+                        "it has no line that begins with p, so the library's panorama of 2000 by "
+                        "1000 pixels and 360 degrees holds"});
+  }
   if (cameras == 0) {
     const bool optimised = has([](const project_line& line) { return line.kind == "o"; });
     findings.push_back(

@@ -12,6 +12,7 @@ namespace {
 
 using findings_list = std::vector<project_finding>;
 
+// Four edges that hold a part of the picture between them.
 std::optional<project_crop> crop_in(const std::string& text) {
   std::vector<double> edges;
   std::istringstream parts(text + ",");
@@ -21,7 +22,7 @@ std::optional<project_crop> crop_in(const std::string& text) {
     if (!edge) return std::nullopt;
     edges.push_back(*edge);
   }
-  if (edges.size() != 4) return std::nullopt;
+  if (edges.size() != 4 || !(edges[1] > edges[0]) || !(edges[3] > edges[2])) return std::nullopt;
   return project_crop{edges[0], edges[1], edges[2], edges[3]};
 }
 
@@ -71,18 +72,22 @@ void read_crop(project_camera& camera, const std::vector<project_line*>& images,
   if (text) {
     if (find_token(*images[image], "C")->value != *text) camera.copied['C'] = *text;
     camera.crop = crop_in(*text);
-    if (!camera.crop || !(camera.crop->right > camera.crop->left) ||
-        !(camera.crop->bottom > camera.crop->top)) {
+    if (!camera.crop) {
       findings.push_back({line, OCPAN_MALFORMED,
                           "crop " + *text + " isn't one; write Cleft,right,top,bottom in pixels"});
     }
   }
-  if (const project_token* selection = find_token(*images[image], "S")) {
-    findings.push_back({line, 0,
-                        "S" + selection->value +
-                            " selects a part of the picture, which the library leaves to the "
-                            "masks; blacken the rest in this picture's mask"});
+  const std::optional<std::string> selection = linked_text(images, image, "S", findings);
+  if (!selection) return;
+  if (!crop_in(*selection)) {
+    findings.push_back({line, OCPAN_MALFORMED,
+                        "S" + *selection + " is no crop; write Sleft,right,top,bottom in pixels"});
+    return;
   }
+  findings.push_back({line, 0,
+                      "S" + *selection +
+                          " selects a part of the picture, which the library leaves to the "
+                          "masks; blacken the rest in this picture's mask"});
 }
 
 }  // namespace

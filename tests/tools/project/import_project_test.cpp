@@ -102,6 +102,10 @@ TEST(ImportProject, RefusesWhatTheDialectCannotHold) {
 TEST(ImportProject, RefusesWhatIsMalformed) {
   expect_refused(level + " C1,700,2\n", 1, OCPAN_MALFORMED, "crop 1,700,2 isn't one");
   expect_refused(level + " C700,1,2,500\n", 1, OCPAN_MALFORMED, "crop 700,1,2,500 isn't one");
+  expect_refused(panorama + level + " S10,600\n", 2, OCPAN_MALFORMED, "S10,600 is no crop");
+  expect_refused(level + " S700,1,2,500\n", 1, OCPAN_MALFORMED, "S700,1,2,500 is no crop");
+  expect_refused(level + " S0,700,2,x\n", 1, OCPAN_MALFORMED, "S0,700,2,x is no crop");
+  expect_refused(level + " S=1\n", 1, OCPAN_MALFORMED, "S=1 leads to no picture");
   expect_refused(level + " a0.1x\n", 1, OCPAN_MALFORMED, "a0.1x holds no number");
   expect_refused(level + " dnan\n", 1, OCPAN_MALFORMED, "dnan holds no number");
   expect_refused(level + " a=1\n", 1, OCPAN_MALFORMED, "a=1 leads to no picture");
@@ -121,12 +125,13 @@ TEST(ImportProject, WarnsOfWhatIsLeftAside) {
   std::string nine;
   for (int i = 0; i < 9; ++i) nine += level + "\n";
   expect_warned(nine, 0, "9 pictures");
+  expect_warned(level + "\n", 0, "no line that begins with p");
 }
 
 // The library's reader parts words at blanks, whatever stands between quotation marks.
 TEST(ImportProject, ClosesBlanksOfNamesThatWouldBeReadAsParameters) {
   expect_warned(level + " n\"my pretty.jpg\"\n", 1, "n\"my_pretty.jpg\"");
-  const imported_project harmless = imported(level + " n\"my Nice.jpg\"\n");
+  const imported_project harmless = imported(panorama + level + " n\"my Nice.jpg\"\n");
   EXPECT_TRUE(has(harmless.text, "n\"my Nice.jpg\"")) << harmless.text;
   EXPECT_TRUE(harmless.findings.empty());
 }
