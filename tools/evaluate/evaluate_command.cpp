@@ -24,14 +24,14 @@ Limits, from where on a result is doubtful and unusable:
   RMS residual of a camera or a pair                      0.5    2    pixels
   pair against its own boards, if 3 deviations or more    0.1    0.5  degrees
   loop error, if 3 deviations or more                     0.2    1    degrees
-  boards left out, if 2 or more                           10     50   percent
+  boards left out, of all or of a pair's, if 2 or more    10     50   percent
   uncertainty of a camera's mapping                       1      4    pixels
   uncertainty of a pair's seam                            0.1    0.5  degrees
   --hold-out: RMS residual of frames held out             0.5    2    pixels
   --hold-out: scatter of a camera's mapping               1      4    pixels
   --hold-out: scatter of a pair's turn                    0.1    0.5  degrees
-A camera with less than 5 boards, and cameras that no board links, are doubtful; no board
-at all is unusable. Each finding says what to do.
+A camera with less than 5 boards, cameras that no board links, and a board in which cameras
+contradict one another are doubtful; no board at all is unusable. Each finding says what to do.
 
 --hold-out K calibrates as oc_pan cal does, K times, each time without a part of the
 frames, and scores each result on the part it didn't know. It tells of the pictures more
@@ -39,7 +39,8 @@ than of CALIBRATION, and doesn't know whether that was refined: if it was, add -
 
 The uncertainty is what these boards pin down with all parameters free, as oc_pan refine
 has them, from the normal matrix at CALIBRATION and the noise of the corners: a standard
-deviation over the picture, and of the angle between what two cameras see in one place.
+deviation over the picture, and of the angle between what two cameras see in one place. It
+is left out where the calibration is unusable without it, as it would mislead there.
 
 Examples:
   oc_pan evaluate rig.cal rig.txt

@@ -1,12 +1,13 @@
 #include "tools/evaluate/evaluate_run.h"
 
 #include <iostream>
+#include <utility>
 
 #include "include/oc_pan_cal.h"
 #include "platform/terminal.h"
 #include "platform/text_file.h"
+#include "tools/evaluate/evaluate_pictures.h"
 #include "tools/evaluate/judge_hold_out.h"
-#include "tools/evaluate/judge_uncertainty.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/progress_bar.h"
@@ -36,14 +37,6 @@ bool parts_are_possible(const evaluate_story& story) {
   return false;
 }
 
-std::optional<rig_uncertainty> uncertainty_here(const evaluate_story& story) {
-  const calibrated_pictures& input = story.input;
-  const std::vector<seen_board> boards = used_boards(story.found, input.boards);
-  if (boards.empty()) return std::nullopt;
-  return uncertainty_of(measure_rig(input.models, input.details, boards, {}), input.details,
-                        story.found.pairs);
-}
-
 hold_out test_on_parts(const evaluate_story& story) {
   progress_line bar(std::cerr, standard_error_is_terminal());
   const int parts = static_cast<int>(story.options.hold_out);
@@ -68,9 +61,9 @@ int run_evaluate(const evaluate_options& options) {
     return result & 0xFF;
   }
   if (!parts_are_possible(story)) return exit_wrong_usage;
-  story.found = evaluate_calibration(story.input.models, story.input.details, story.input.boards);
-  story.uncertainty = uncertainty_here(story);
-  if (story.uncertainty) judge_uncertainty(story.found, *story.uncertainty);
+  pictures_evaluation evaluated = evaluate_pictures(story.input);
+  story.found = std::move(evaluated.found);
+  story.uncertainty = std::move(evaluated.uncertainty);
   if (options.hold_out > 0) {
     story.tested = test_on_parts(story);
     judge_hold_out(story.found, *story.tested);

@@ -25,7 +25,7 @@ struct evaluate_story {
   const evaluate_options& options;
   calibrated_pictures input;
   evaluation found;
-  std::optional<rig_uncertainty> uncertainty;  // none without a used board
+  std::optional<rig_uncertainty> uncertainty;  // as evaluate_pictures tells it
   std::optional<hold_out> tested;
 };
 

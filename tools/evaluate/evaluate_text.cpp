@@ -5,6 +5,7 @@
 #include <string>
 
 #include "src/console.h"
+#include "tools/evaluate/evaluate_pictures.h"
 #include "tools/evaluate/evaluate_run.h"
 #include "tools/evaluate/judge_evaluation.h"
 
@@ -175,7 +176,11 @@ void print_evaluation(const evaluate_story& story) {
     print_rings(story.found);
     print_pairs(story.found);
     print_loops(story.found);
-    if (story.uncertainty) print_uncertainty(*story.uncertainty);
+    if (story.uncertainty) {
+      print_uncertainty(*story.uncertainty);
+    } else if (story.found.residuals.pixels.count > 0) {
+      print_line("\nUncertainty: ", why_no_uncertainty);
+    }
     if (story.tested) print_hold_out(*story.tested);
     print_line("");
   }

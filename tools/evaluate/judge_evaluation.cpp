@@ -1,6 +1,8 @@
 #include "tools/evaluate/judge_evaluation.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 #include "tools/evaluate/pair_loops.h"
 
@@ -117,6 +119,69 @@ void judge_boards(evaluation& result) {
                       " right, calibrate anew."));
 }
 
+// Whether the views of a board contradict one another, each good by itself.
+bool is_contradiction(const evaluated_board& board) {
+  return board.views.size() > 1 &&
+         (board.fate == board_fate::flipped || board.fate == board_fate::torn_frame ||
+          board.fate == board_fate::behind_camera);
+}
+
+void judge_contradictions(evaluation& result) {
+  const auto count = std::count_if(result.boards.begin(), result.boards.end(), is_contradiction);
+  if (count == 0) return;
+  add_finding(result.findings, verdict::doubtful,
+              text_of(count, count == 1 ? " board is" : " boards are",
+                      " left out because cameras contradict one another there; see that the"
+                      " pictures of each frame belong together and that no camera was moved."));
+}
+
+// The boards that both cameras of a pair saw.
+struct shared_boards {
+  std::size_t all = 0;
+  std::size_t left_out = 0;  // for what concerns one of the two
+};
+
+using camera_numbers = std::pair<std::size_t, std::size_t>;
+
+std::map<camera_numbers, shared_boards> boards_by_pair(const evaluation& result) {
+  std::map<camera_numbers, shared_boards> pairs;
+  for (const evaluated_board& board : result.boards) {
+    const auto is_suspect = [&](std::size_t camera) {
+      return board.suspects.empty() || std::find(board.suspects.begin(), board.suspects.end(),
+                                                 camera) != board.suspects.end();
+    };
+    for (std::size_t p = 0; p < board.views.size(); ++p) {
+      for (std::size_t q = p + 1; q < board.views.size(); ++q) {
+        const std::size_t first = board.views[p].camera, second = board.views[q].camera;
+        shared_boards& shared = pairs[{first, second}];
+        ++shared.all;
+        shared.left_out +=
+            board.fate != board_fate::used && (is_suspect(first) || is_suspect(second));
+      }
+    }
+  }
+  return pairs;
+}
+
+// A pair stands on its own boards only, however many others there are.
+void judge_boards_of_pairs(evaluation& result) {
+  for (const auto& [cameras, shared] : boards_by_pair(result)) {
+    if (shared.left_out < 2) continue;
+    const double part = static_cast<double>(shared.left_out) / static_cast<double>(shared.all);
+    const verdict judged = left_out_limits.of(part);
+    if (judged == verdict::good) continue;
+    for (evaluated_pair& pair : result.pairs) {
+      if (pair.first == cameras.first && pair.second == cameras.second) {
+        pair.judged = worse_of(pair.judged, judged);
+      }
+    }
+    add_finding(result.findings, judged,
+                text_of("Cameras ", cameras.first + 1, " and ", cameras.second + 1, ": ",
+                        shared.left_out, " of the ", shared.all,
+                        " boards that both saw are left out; mend or remove their pictures."));
+  }
+}
+
 void judge_links(evaluation& result) {
   const std::vector<std::size_t> parts = linked_parts(result.cameras.size(), result.pairs);
   std::vector<std::size_t> first_part, others;
@@ -160,6 +225,8 @@ void judge_evaluation(evaluation& result) {
   for (evaluated_pair& pair : result.pairs) judge_pair(result, pair);
   for (pair_loop& loop : result.loops) judge_loop(result, loop);
   for (std::size_t c = 0; c < result.cameras.size(); ++c) judge_camera(result, c);
+  judge_contradictions(result);
+  judge_boards_of_pairs(result);
   judge_links(result);
   result.judged = verdict::good;
   for (const evaluation_finding& finding : result.findings) {

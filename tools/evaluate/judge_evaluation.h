@@ -24,7 +24,7 @@ struct verdict_limits {
 inline constexpr verdict_limits rms_limits = {0.5, 2};          // pixels; of a camera or pair
 inline constexpr verdict_limits pair_turn_limits = {0.1, 0.5};  // degrees
 inline constexpr verdict_limits loop_turn_limits = {0.2, 1};    // degrees
-inline constexpr verdict_limits left_out_limits = {0.1, 0.5};   // part of the boards
+inline constexpr verdict_limits left_out_limits = {0.1, 0.5};  // part of all boards, or of a pair's
 inline constexpr std::size_t fewest_camera_boards = 5;
 // A turn counts only beyond so many of its own standard deviations.
 inline constexpr double significant_deviations = 3;

@@ -3,6 +3,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -12,7 +13,7 @@
 #include "platform/text_file.h"
 #include "src/console.h"
 #include "tools/common_options.h"
-#include "tools/evaluate/judge_uncertainty.h"
+#include "tools/evaluate/evaluate_pictures.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
 #include "tools/report/input_files.h"
@@ -58,17 +59,6 @@ std::string versions() {
          "\nOpenCV " + cv::getVersionString();
 }
 
-// Evaluates as oc_pan evaluate does, so that both come to one verdict.
-void evaluate_input(report_content& content) {
-  const calibrated_pictures& input = content.input;
-  content.quality = evaluate_calibration(input.models, input.details, input.boards);
-  const std::vector<seen_board> boards = used_boards(content.quality, input.boards);
-  if (boards.empty()) return;
-  content.uncertainty = uncertainty_of(measure_rig(input.models, input.details, boards, {}),
-                                       input.details, content.quality.pairs);
-  judge_uncertainty(content.quality, *content.uncertainty);
-}
-
 int run_report(const report_options& options) {
   const std::vector<std::string> inputs = {options.calibration, options.configuration};
   if (const std::string reason = why_not_output(options.out, inputs); !reason.empty()) {
@@ -81,7 +71,9 @@ int run_report(const report_options& options) {
           read_calibrated_pictures(content.input, options.calibration, options.configuration)) {
     return result & 0xFF;
   }
-  evaluate_input(content);
+  pictures_evaluation evaluated = evaluate_pictures(content.input);
+  content.quality = std::move(evaluated.found);
+  content.uncertainty = std::move(evaluated.uncertainty);
   content.every_picture = every_picture(content.input);
   content.thumbnails =
       make_thumbnails(content.input.pictures, content.every_picture, content.quality);

@@ -51,7 +51,7 @@ struct report_content {
   std::string calibration;  // file name as given
   calibrated_pictures input;
   evaluation quality;
-  std::optional<rig_uncertainty> uncertainty;  // none without a used board
+  std::optional<rig_uncertainty> uncertainty;  // as evaluate_pictures tells it
   std::vector<rig_picture> every_picture;      // by camera, then by set and frame
   std::vector<thumbnail> thumbnails;           // in the order of every_picture
   std::vector<input_file> inputs;

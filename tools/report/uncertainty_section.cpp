@@ -1,3 +1,4 @@
+#include "tools/evaluate/evaluate_pictures.h"
 #include "tools/report/markup.h"
 #include "tools/report/page_parts.h"
 #include "tools/report/sections.h"
@@ -29,7 +30,12 @@ std::string pairs_table(const std::vector<pair_uncertainty>& pairs) {
 }  // namespace
 
 std::string uncertainty_section(const report_content& content) {
-  if (!content.uncertainty) return "";
+  if (!content.uncertainty) {
+    if (content.quality.judged != verdict::unusable) return "";
+    if (content.quality.residuals.pixels.count == 0) return "";
+    return section("uncertainty", "What the boards leave open",
+                   paragraph(joined("This is ", why_no_uncertainty, ".")));
+  }
   return section("uncertainty", "What the boards leave open",
                  paragraph("How closely these boards tell the rig if nothing else is known of "
                            "it: standard deviations with all parameters free. A residual can be "

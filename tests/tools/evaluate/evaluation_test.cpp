@@ -154,6 +154,34 @@ TEST(EvaluateCalibration, FrameWithAForeignBoardIsLeftOutAndNamed) {
   EXPECT_EQ(found.cameras[1].left_out, 1u);
 }
 
+// Whether a finding of that verdict has this text in it.
+bool finds(const evaluation& found, verdict judged, const std::string& part) {
+  return std::any_of(found.findings.begin(), found.findings.end(), [&](const auto& finding) {
+    return finding.judged == judged && finding.text.find(part) != std::string::npos;
+  });
+}
+
+TEST(EvaluateCalibration, SingleFrameWithAForeignBoardIsDoubtful) {
+  const evaluated_rig made = make_evaluated_rig("2-lens0", 10, 0.05);
+  std::vector<seen_board> boards = boards_of(made);
+  boards[25].corners[1] = boards[24].corners[1];
+  const evaluation found = evaluate_calibration(made.truth(), made.details(), boards);
+  EXPECT_EQ(found.judged, verdict::doubtful);
+  EXPECT_TRUE(finds(found, verdict::doubtful, "1 board is left out because cameras contradict"));
+  EXPECT_EQ(found.pairs.at(0).judged, verdict::good);
+}
+
+TEST(EvaluateCalibration, BoardsLeftOutCountAgainstTheirPairHoweverManyOthersThereAre) {
+  const evaluated_rig made = make_evaluated_rig("2-lens0", 10, 0.05);
+  std::vector<seen_board> boards = boards_of(made);
+  ASSERT_EQ(boards.size(), 30u);
+  std::swap(boards[23].corners[1], boards[26].corners[1]);
+  const evaluation found = evaluate_calibration(made.truth(), made.details(), boards);
+  EXPECT_TRUE(finds(found, verdict::doubtful, "2 of the 10 boards that both saw"));
+  EXPECT_EQ(found.pairs.at(0).judged, verdict::doubtful);
+  EXPECT_EQ(found.judged, verdict::doubtful);
+}
+
 TEST(EvaluateCalibration, CameraApartFromTwoOthersIsNamed) {
   rig_description description;
   ASSERT_EQ(make_preset(description, "3-lens0"), "");
@@ -172,6 +200,26 @@ TEST(EvaluateCalibration, CameraApartFromTwoOthersIsNamed) {
   const evaluated_board& out = only_left_out(found);
   EXPECT_EQ(out.frame, 3u);
   EXPECT_EQ(out.suspects, std::vector<std::size_t>{1});
+}
+
+TEST(EvaluateCalibration, PairIsNotBlamedForTheCameraApart) {
+  rig_description description;
+  ASSERT_EQ(make_preset(description, "3-lens0"), "");
+  description.sets = {{"all", {0, 1, 2}, 5}};
+  description.cameras[2].model = turned(description.cameras[0].model, 3);
+  series_poses poses;
+  ASSERT_EQ(place_boards(poses, description), "");
+  const series_corners corners = true_corners(description, poses);
+  std::vector<seen_board> boards;
+  for (std::size_t f = 0; f < 5; ++f) {
+    boards.push_back({0, f, {0, 1, 2}, corners[0][f], board_points(description.board)});
+  }
+  std::swap(boards[3].corners[1], boards[2].corners[1]);
+  const evaluation found =
+      evaluate_calibration(models_of(description), details_of(description), boards);
+  EXPECT_TRUE(finds(found, verdict::doubtful, "Cameras 1 and 2: 2 of the 5 boards"));
+  EXPECT_TRUE(finds(found, verdict::doubtful, "Cameras 2 and 3: 2 of the 5 boards"));
+  EXPECT_FALSE(finds(found, verdict::doubtful, "Cameras 1 and 3"));
 }
 
 TEST(EvaluateCalibration, BoardWithFlippedCornersIsNamedSo) {

@@ -199,6 +199,12 @@ TEST_F(ReportPage, TellsWhatTheBoardsLeaveOpen) {
   }
 }
 
+TEST_F(ReportPage, TellsWhyTheUncertaintyOfAnUnusableCalibrationIsLeftOut) {
+  report_content content = make_report(rig);
+  content.quality.judged = verdict::unusable;
+  EXPECT_NE(uncertainty_section(content).find("unusable already"), std::string::npos);
+}
+
 TEST_F(ReportPage, RigWithoutAnyBoardStillMakesAPage) {
   rig.corners.assign(rig.corners.size(), {});
   const report_content content = make_report(rig);
