@@ -124,10 +124,12 @@ void write_corner_file(const std::string& path, const kept_findings& findings,
   const std::string text = file.dump(-1, ' ', false, json::error_handler_t::replace);
   const std::string unfinished = path + ".part";
   std::ofstream out = open_output(unfinished, std::ios::binary);
+  const bool opened = out.is_open();
   out << text << '\n';
   std::error_code failure;
-  if (!out || !finish_output(out, unfinished)) {
+  if (!finish_output(out, unfinished)) {
     warning = "the corners found aren't kept: " + unfinished + " can't be written";
+    if (opened) std::filesystem::remove(native_path(unfinished), failure);
     return;
   }
   std::filesystem::rename(native_path(unfinished), native_path(path), failure);

@@ -112,12 +112,13 @@ found_boards find_boards(const rig_pictures& pictures,
                          std::vector<std::string>& warnings) {
   const std::string corner_file = corner_file_name(pictures.output_file);
   std::string warning;
-  const kept_findings kept = read_corner_file(corner_file, warning);
+  const bool keeps = !pictures.output_file.empty();
+  const kept_findings kept = keeps ? read_corner_file(corner_file, warning) : kept_findings{};
   kept_findings searches = all_searches(pictures);
   const auto open = take_kept(searches, kept);
   look_for_all(open, searches.size(), progress);
   if (!warning.empty()) warnings.push_back(std::exchange(warning, {}));
-  if (!open.empty() || searches.size() != kept.size()) {
+  if (keeps && (!open.empty() || searches.size() != kept.size())) {
     write_corner_file(corner_file, searches, warning);
     if (!warning.empty()) warnings.push_back(warning);
   }

@@ -89,6 +89,17 @@ TEST(CornerFile, CannotBeKeptInAFolderThatIsNotThere) {
   EXPECT_EQ(warning.rfind("the corners found aren't kept: the folder ", 0), 0u) << warning;
 }
 
+#ifdef __linux__
+TEST(CornerFile, LeavesNothingBehindOnAFullDisk) {
+  const temp_folder folder;
+  std::filesystem::create_symlink("/dev/full", folder.file("corners.json.part"));
+  std::string warning;
+  write_corner_file(folder.file("corners.json"), three_findings(), warning);
+  EXPECT_NE(warning, "");
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+#endif
+
 TEST(CornerFile, AStampChangesWithSizeAndTime) {
   const temp_folder folder;
   const std::string file = folder.file("a");

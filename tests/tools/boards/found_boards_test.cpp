@@ -120,6 +120,13 @@ TEST_F(FoundBoards, EachPictureGetsItsState) {
   EXPECT_TRUE(warnings_.empty());
 }
 
+TEST_F(FoundBoards, WithoutAnOutputNothingIsKept) {
+  pictures_.output_file.clear();
+  EXPECT_EQ(find().size(), 3u);
+  EXPECT_TRUE(warnings_.empty());
+  EXPECT_FALSE(std::filesystem::exists("_corners.json"));
+}
+
 TEST_F(FoundBoards, TheCornersAreThoseOfACalibration) {
   const board_frames found = frames_of(find());
   board_frames library;
