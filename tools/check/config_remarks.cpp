@@ -257,7 +257,9 @@ void check_alike(remark_list& list) {
       list.add(verdict::doubtful, cameras[k].place,
                words("the pictures of camera ", k + 1, " differ in size from those of camera ",
                      index + 1, ", but a calibration holds ", kind, " alike in centre and scale"),
-               "shoot all with one size, if the cameras can");
+               camera.width == first->read.height && camera.height == first->read.width
+                   ? "see that width and height aren't swapped in one of the two"
+                   : "shoot all with one size, if the cameras can");
     }
   }
 }

@@ -24,9 +24,6 @@ key_fault unknown_top_key(std::string_view line, std::size_t position, std::stri
             "give each key a line of its own; a comment, or the last two letters of a name, can't "
             "hold a \":\" here"};
   }
-  if (key.starts_with(byte_order_mark)) {
-    return {1, "the file begins with a byte order mark", "save it as UTF-8 without one"};
-  }
   const std::string_view name = trimmed(key);
   const std::size_t column = key.find_first_not_of(" \t") == npos ? 1 : key.find(name) + 1;
   if (name == "base_directory" || name == "output_filename" || name == "camera_info") {
@@ -57,7 +54,8 @@ void walk_base_directory(config_walk& walk, const written_key& key) {
   int result = code::success;
   const std::string said =
       printed_aside([&] { result = list_sorted(sets.base_directory, sets.base_listing); });
-  if (result == code::success) return;
+  walk.base_refused = result != code::success;
+  if (!walk.base_refused) return;
   const bool nothing_there = said.find("No files found") != npos;
   refuse(walk, key.value_at,
          words("the folder '", key.value, nothing_there ? "' is empty" : "' can't be opened"),
@@ -89,7 +87,10 @@ void walk_top_line(config_walk& walk, walk_section& section, std::string_view li
     written.place = at_column(walk, position + 1);
     written.key = key;
     if (key == "base_directory" || key == "output_filename") {
-      if (!take_quoted(walk, written, line, colon)) return;
+      if (!take_quoted(walk, written, line, colon)) {
+        walk.base_refused |= key == "base_directory";
+        return;
+      }
       walk.config.top.push_back(written);
       if (key == "output_filename") walk.config.output_file = normalise_path(written.value);
       if (key == "base_directory") walk_base_directory(walk, written);
@@ -154,11 +155,19 @@ void check_set(config_walk& walk, const written_set& set) {
 
 void note_passed_over(config_walk& walk, std::string_view line) {
   const std::string_view text = trimmed(line);
-  if (text.empty() || text.front() == '#' || text.find(':') != npos) return;
+  if (text.empty() || is_comment(line) || text.find(':') != npos) return;
   written_key passed;
   passed.place = {walk.line_number, static_cast<std::size_t>(text.data() - line.data()) + 1};
   passed.key = text;
   walk.config.passed_over.push_back(passed);
+}
+
+// The mark ends a run if it stands ahead of a key; what follows is read as if it weren't there.
+void walk_byte_order_mark(config_walk& walk, std::string& line) {
+  if (walk.line_number != 1 || !line.starts_with(byte_order_mark)) return;
+  line.erase(0, byte_order_mark.size());
+  if (line.find(':') == npos) return;
+  refuse(walk, {1, 1}, "the file begins with a byte order mark", "save it as UTF-8 without one");
 }
 
 void finish_walk(config_walk& walk, walk_section section) {
@@ -196,6 +205,13 @@ void refuse(config_walk& walk, const text_place& place, const std::string& what,
   walk.config.refusals.push_back({verdict::unusable, place_text(walk.config, place), what, mend});
 }
 
+bool is_comment(std::string_view line) { return trimmed(line).starts_with('#'); }
+
+void refuse_comment_with_colon(config_walk& walk, std::string_view line) {
+  refuse(walk, {walk.line_number, line.find('#') + 1},
+         "a comment holds a \":\" and is taken for a key", "take the \":\" out of it");
+}
+
 key_stretch stretch_at(const config_walk& walk, std::string_view line, std::size_t position) {
   key_stretch stretch;
   stretch.offset = std::min(position, line.size());
@@ -231,11 +247,12 @@ written_config walk_configuration(const std::string& file, std::istream& in) {
   config.file = file;
   std::vector<camera_details> cameras;
   std::vector<set_config> sets;
-  config_walk walk{config, 0, {cameras}, {sets, config.pool}, false};
+  config_walk walk{config, 0, {cameras}, {sets, config.pool}};
   walk_section section = walk_section::top;
   std::string line;
   while (read_text_line(in, line)) {
     ++walk.line_number;
+    walk_byte_order_mark(walk, line);
     note_passed_over(walk, line);
     if (section == walk_section::top) {
       walk_top_line(walk, section, line);

@@ -18,6 +18,7 @@ struct config_walk {
   camera_section cameras;        // the library's own state
   set_section sets;              // the library's own state
   bool cameras_refused = false;  // of the last set, so that its patterns can't be judged
+  bool base_refused = false;     // the base folder, so that no patterns can be judged
 };
 
 // A key with its value, cut out of a line such that the library reads it alone as it reads
@@ -41,6 +42,10 @@ struct key_stretch {
 
 void refuse(config_walk& walk, const text_place& place, const std::string& what,
             const std::string& mend);
+
+// Whether a line is meant as a comment, which the library doesn't know.
+[[nodiscard]] bool is_comment(std::string_view line);
+void refuse_comment_with_colon(config_walk& walk, std::string_view line);
 
 // Walk a line of the two lower sections.
 void walk_camera_line(config_walk& walk, const std::string& line);

@@ -90,13 +90,16 @@ void add_sizes(std::vector<finding>& found, const rig_pictures& pictures,
   for (const auto& [key, names] : sizes) {
     const auto& [camera, size] = key;
     const camera_pictures& of = counts[camera];
+    const camera_details& told = pictures.cameras[camera];
     const bool all = of.found + of.not_found == 0;
+    const bool swapped = size.first == told.height && size.second == told.width;
     found.push_back({all ? verdict::unusable : verdict::doubtful, words("camera ", camera + 1),
                      words("pictures of ", size.first, " by ", size.second,
-                           " where the configuration says ", pictures.cameras[camera].width, " by ",
-                           pictures.cameras[camera].height, ": ", names.told()),
-                     all ? "correct width and height of this camera"
-                         : "take them out, or shoot all with one size"});
+                           " where the configuration says ", told.width, " by ", told.height,
+                           swapped ? ", as if the two were swapped: " : ": ", names.told()),
+                     all && swapped ? "swap width and height of this camera"
+                     : all          ? "correct width and height of this camera"
+                                    : "take them out, or shoot all with one size"});
   }
 }
 

@@ -85,14 +85,22 @@ std::string missing_link(const rig_pictures& pictures, const std::vector<std::si
                " at once, or before other cameras of the two parts");
 }
 
-void add_counts(std::vector<finding>& found, const rig_links& links) {
+bool all_explained(const std::vector<std::size_t>& part, const std::vector<bool>& explained) {
+  return std::all_of(part.begin(), part.end(), [&](std::size_t camera) {
+    return camera < explained.size() && explained[camera];
+  });
+}
+
+void add_counts(std::vector<finding>& found, const rig_links& links,
+                const std::vector<bool>& explained) {
   for (std::size_t camera = 0; camera < links.shared.size(); ++camera) {
     const int boards = links.shared[camera][camera];
-    if (boards >= few_boards) continue;
+    if (boards >= few_boards || (boards == 0 && all_explained({camera}, explained))) continue;
     found.push_back({boards == 0 ? verdict::unusable : verdict::doubtful,
                      words("camera ", camera + 1),
                      boards == 0 ? std::string("no board was found in any picture")
-                                 : words("the board was found in ", boards, " pictures only"),
+                                 : words("the board was found in ", boards,
+                                         boards == 1 ? " picture only" : " pictures only"),
                      boards == 0 ? "see that board_shape counts the inner corners, and that the "
                                    "whole board with a white margin is in the pictures"
                                  : "shoot ten or more, spread over the picture and tilted"});
@@ -133,10 +141,14 @@ rig_links find_links(std::size_t cameras, const std::vector<seen_board>& boards)
   return links;
 }
 
-std::vector<finding> link_remarks(const rig_pictures& pictures, const rig_links& links) {
+std::vector<finding> link_remarks(const rig_pictures& pictures, const rig_links& links,
+                                  const std::vector<bool>& explained) {
   std::vector<finding> found;
-  add_counts(found, links);
+  add_counts(found, links, explained);
   for (std::size_t part = 1; part < links.parts.size(); ++part) {
+    if (all_explained(links.parts[0], explained) || all_explained(links.parts[part], explained)) {
+      continue;
+    }
     found.push_back({verdict::unusable, "rig",
                      words("the rig falls apart: no board was seen by ",
                            camera_list(links.parts[part]), " together with ",

@@ -18,8 +18,10 @@ struct rig_links {
 [[nodiscard]] rig_links find_links(std::size_t cameras, const std::vector<seen_board>& boards);
 
 // Cameras with too few boards, parts that nothing joins with the missing link, joints of too
-// few boards, cameras too many steps from the first.
+// few boards, cameras too many steps from the first. Nothing about cameras without a board that
+// are explained elsewhere.
 [[nodiscard]] std::vector<finding> link_remarks(const rig_pictures& pictures,
-                                                const rig_links& links);
+                                                const rig_links& links,
+                                                const std::vector<bool>& explained = {});
 
 }  // namespace ocpan

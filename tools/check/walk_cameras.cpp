@@ -85,9 +85,21 @@ void refuse_key(config_walk& walk, const key_stretch& stretch) {
   take_as_given(walk, stretch.written.key);
 }
 
+// Tells of a comment that the library takes for a key, and passes it over.
+bool refuse_comment(config_walk& walk, const std::string& line) {
+  const line_key key = next_key(line, 0);
+  if (!is_comment(line) || key.colon == line.npos) return false;
+  for (const char* name : {"width", "height", "hfov", "lens", "calibration_sets"}) {
+    if (key.contains(name)) return false;
+  }
+  refuse_comment_with_colon(walk, line);
+  return true;
+}
+
 }  // namespace
 
 void walk_camera_line(config_walk& walk, const std::string& line) {
+  if (refuse_comment(walk, line)) return;
   for (std::size_t position = 0; position != line.npos;) {
     const key_stretch stretch = stretch_at(walk, line, position);
     if (!stretch.has_colon) return;

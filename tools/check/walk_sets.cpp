@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 #include "src/result_codes.h"
 #include "tools/boards/printed_aside.h"
@@ -6,6 +8,9 @@
 
 namespace ocpan {
 namespace {
+
+constexpr std::string_view set_key_names[] = {"set_name", "board_scale",       "cameras",
+                                              "subdir",   "filename_patterns", "board_shape"};
 
 void begin_set(config_walk& walk, const text_place& place) {
   walk.config.sets.push_back({place, {}, walk.sets.base_directory, false, {}});
@@ -69,7 +74,31 @@ void refuse_incomplete_set(config_walk& walk) {
   }
 }
 
+namespace {
+
+// Tells of a comment that the library takes for more, and passes it over.
+bool refuse_comment(config_walk& walk, const std::string& line) {
+  if (!is_comment(line)) return false;
+  const line_key key = next_key(line, 0);
+  if (key.colon != line.npos) {
+    const auto names = [&](std::string_view part) { return key.contains(part); };
+    if (std::any_of(std::begin(set_key_names), std::end(set_key_names), names)) return false;
+    refuse_comment_with_colon(walk, line);
+    return true;
+  }
+  const set_section& sets = walk.sets;
+  const bool complete = sets.name_seen && sets.scale_seen && sets.cameras_seen &&
+                        sets.patterns_seen && sets.shape_seen;
+  if (!key.contains("-") || sets.sets.empty() || complete) return false;
+  refuse(walk, {walk.line_number, line.find('#') + 1},
+         "a comment holds a \"-\", which begins a new set", "take the \"-\" out of it");
+  return true;
+}
+
+}  // namespace
+
 void walk_set_line(config_walk& walk, const std::string& line) {
+  if (refuse_comment(walk, line)) return;
   for (std::size_t position = 0; position != line.npos;) {
     const key_stretch stretch = stretch_at(walk, line, position);
     position = stretch.next;
@@ -79,8 +108,10 @@ void walk_set_line(config_walk& walk, const std::string& line) {
       return;
     }
     const bool patterns = stretch.written.key.find("filename_patterns") != line.npos;
-    if (patterns && !stretch.begins && walk.cameras_refused) {
-      walk.sets.patterns_seen = true;  // the cameras' own fault is told
+    const bool judged = !walk.cameras_refused && !walk.base_refused;
+    if (patterns && !stretch.begins && !judged && !walk.sets.sets.empty()) {
+      walk.sets.patterns_seen = true;  // the fault behind it is told
+      walk.config.sets.back().refused = true;
     } else {
       feed(walk, stretch);
     }

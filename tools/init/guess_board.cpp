@@ -39,6 +39,18 @@ std::vector<cv::Mat> calm_pictures(const std::vector<std::string>& files) {
 
 }  // namespace
 
+int boards_of_shape(const std::vector<std::string>& files, std::pair<int, int> shape) {
+  int found = 0;
+  for (const std::string& file : files) {
+    for (const cv::Mat& picture : calm_pictures({file})) {
+      std::vector<cv::Point2f> corners;
+      const cv::Size size(shape.first, shape.second);
+      found += find_board_corners(corners, picture, size, board_search::quick) ? 1 : 0;
+    }
+  }
+  return found;
+}
+
 std::pair<int, int> guess_board(const std::vector<std::string>& files) {
   const std::vector<cv::Mat> pictures = calm_pictures(files);
   for (const auto& [width, height] : shapes) {

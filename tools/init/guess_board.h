@@ -12,4 +12,8 @@ namespace ocpan {
 // pictures are enough.
 [[nodiscard]] std::pair<int, int> guess_board(const std::vector<std::string>& pictures);
 
+// How many of the pictures hold a board with these inner corners along its sides.
+[[nodiscard]] int boards_of_shape(const std::vector<std::string>& pictures,
+                                  std::pair<int, int> shape);
+
 }  // namespace ocpan

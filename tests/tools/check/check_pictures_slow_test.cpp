@@ -81,6 +81,23 @@ TEST(CheckOfPictures, NamesTheFramesOfAShuffledSeries) {
   EXPECT_TRUE(says(run, "frames 2, 5 (the first: cam1_02.png and cam2_02.png)")) << run.out;
 }
 
+TEST(CheckOfPictures, NamesTheBoardThatStandsInThePicturesInstead) {
+  const temp_folder folder;
+  ASSERT_EQ(write_board_series(two_cameras(4), folder.path().string(), {}), "");
+  std::string text = testing::read_file(folder.file("calibration.txt"));
+  const std::string told = "board_shape: [9, 6]";
+  for (std::size_t at = 0; (at = text.find(told)) != text.npos;) {
+    text.replace(at, told.size(), "board_shape: [7, 6]");
+  }
+  testing::write_file(folder.file("calibration.txt"), text);
+  const tool_run run = run_here("check " + folder.file("calibration.txt"));
+  EXPECT_EQ(run.code, 11) << run.out;
+  EXPECT_TRUE(says(run, "the board of these pictures looks like 9 by 6")) << run.out;
+  for (const auto& entry : fs::recursive_directory_iterator(folder.path())) {
+    EXPECT_EQ(entry.path().string().find("_corners.json"), std::string::npos);
+  }
+}
+
 TEST(CheckOfPictures, NamesBoardsThatTheDetectorCountsFromDifferentEnds) {
   const temp_folder folder;
   rig_description rig = two_cameras(8);

@@ -72,6 +72,33 @@ TEST_F(ConfigWalk, TellsOfBlanksBehindAList) {
             "blanks behind the list of patterns are read as one more pattern");
 }
 
+TEST_F(ConfigWalk, TellsOfAByteOrderMarkAndNothingThatFollows) {
+  const written_config config = walked_with(1,
+                                            "\xEF\xBB\xBF"
+                                            "base_directory: 'pics'");
+  ASSERT_EQ(config.refusals.size(), 1u);
+  EXPECT_EQ(config.refusals[0].what, "the file begins with a byte order mark");
+}
+
+TEST_F(ConfigWalk, TellsOfAFaultyBaseFolderOnce) {
+  for (const char* line : {"base_directory: pics'", "base_directory: 'nowhere'"}) {
+    EXPECT_EQ(walked_with(1, line).refusals.size(), 1u) << line;
+  }
+}
+
+TEST_F(ConfigWalk, TellsOfACommentThatHoldsAColonOrADash) {
+  for (const std::size_t line : {3u, 6u, 10u, 16u}) {
+    const written_config config =
+        walked_with(line, sound.at(line - 1) + "\n  # note: of two, and more: all");
+    ASSERT_EQ(config.refusals.size(), 1u) << line;
+    EXPECT_EQ(config.refusals[0].where, "rig.txt:" + std::to_string(line + 1) + ":3") << line;
+    EXPECT_EQ(config.refusals[0].what, "a comment holds a \":\" and is taken for a key") << line;
+  }
+  const written_config config = walked_with(9, "    cameras: [1, 2]\n    # - all of them");
+  ASSERT_EQ(config.refusals.size(), 1u);
+  EXPECT_EQ(config.refusals[0].where, "rig.txt:10:5");
+}
+
 TEST_F(ConfigWalk, TellsThatADashBeginsASet) {
   const written_config config = walked_with(16, "    board_shape: [9, 6]\n# two-sided");
   ASSERT_EQ(config.refusals.size(), 1u);

@@ -134,6 +134,23 @@ TEST(RigCheck, TellsOfACameraWithoutBoards) {
   EXPECT_EQ(verdict_of(check.findings), verdict::unusable);
 }
 
+TEST(RigCheck, TellsOfSwappedWidthAndHeightAndNothingThatFollows) {
+  simulated_boards rig = boards_of(preset_of("2-lens0"), 0.1);
+  rig.pictures.cameras[1].width = 720;
+  rig.pictures.cameras[1].height = 960;
+  for (auto& set : rig.boards) {
+    for (auto& frame : set) {
+      frame.back().width = 960;
+      frame.back().height = 720;
+      if (&set != &rig.boards[0]) frame.back().state = picture_state::wrong_size;
+    }
+  }
+  const rig_check check = checked(rig);
+  EXPECT_EQ(findings_with(check, "as if the two were swapped").size(), 1u);
+  EXPECT_TRUE(findings_with(check, "no board was found").empty());
+  EXPECT_TRUE(findings_with(check, "falls apart").empty());
+}
+
 TEST(RigCheck, CountsTheCornersOfEachCell) {
   simulated_boards rig;
   rig.pictures.cameras = {{1600, 900, 80, 0}};
