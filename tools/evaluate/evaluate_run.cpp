@@ -6,10 +6,10 @@
 #include "include/oc_pan_cal.h"
 #include "platform/terminal.h"
 #include "platform/text_file.h"
+#include "tools/boards/rig_output.h"
 #include "tools/evaluate/evaluate_pictures.h"
 #include "tools/evaluate/judge_hold_out.h"
 #include "tools/messages.h"
-#include "tools/output_check.h"
 #include "tools/progress_bar.h"
 
 namespace ocpan {
@@ -50,7 +50,9 @@ hold_out test_on_parts(const evaluate_story& story) {
 
 int run_evaluate(const evaluate_options& options) {
   if (!options.json.empty()) {
-    if (const std::string reason = why_not_writable(options.json); !reason.empty()) {
+    if (const std::string reason =
+            why_not_rig_output(options.json, options.calibration, options.configuration);
+        !reason.empty()) {
       complain("--json: ", reason);
       return OCPAN_OUTPUT;
     }

@@ -8,6 +8,7 @@
 #include "tools/evaluate/evaluate_pictures.h"
 #include "tools/evaluate/evaluate_run.h"
 #include "tools/evaluate/judge_evaluation.h"
+#include "tools/evaluate/unusable_pictures.h"
 
 namespace ocpan {
 namespace {
@@ -74,6 +75,16 @@ void print_left_out(const evaluate_story& story) {
     print_line("  set ", story.input.pictures.sets[board.set].name, ", ",
                picture_names(story.input.pictures, board.set, board.frame, cameras), ": ",
                why_left_out(board));
+  }
+}
+
+void print_unusable_pictures(const evaluate_story& story) {
+  const std::vector<unusable_picture> pictures =
+      unusable_pictures(story.input.pictures, story.input.found);
+  if (pictures.empty()) return;
+  print_line("\nPictures left out: ", pictures.size());
+  for (const unusable_picture& picture : pictures) {
+    print_line("  ", picture.file, ": ", picture.why);
   }
 }
 
@@ -173,6 +184,7 @@ void print_evaluation(const evaluate_story& story) {
   if (!story.options.quiet) {
     print_residuals(story.found);
     print_left_out(story);
+    print_unusable_pictures(story);
     print_rings(story.found);
     print_pairs(story.found);
     print_loops(story.found);

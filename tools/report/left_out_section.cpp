@@ -1,3 +1,4 @@
+#include "tools/evaluate/unusable_pictures.h"
 #include "tools/report/markup.h"
 #include "tools/report/page_parts.h"
 #include "tools/report/sections.h"
@@ -24,6 +25,18 @@ std::string suspects_of(const evaluated_board& board) {
   return names.empty() ? "all alike" : names;
 }
 
+std::string unusable_pictures_table(const report_content& content) {
+  std::vector<std::vector<cell>> rows;
+  for (const unusable_picture& picture :
+       unusable_pictures(content.input.pictures, content.input.found)) {
+    rows.push_back(
+        {{joined("<span class=\"file\">", escaped(picture.file), "</span>"), true}, {picture.why}});
+  }
+  if (rows.empty()) return "";
+  return paragraph(joined("In ", counted(rows.size(), "picture"), " no board can be looked for.")) +
+         table({"Picture", "Why"}, rows);
+}
+
 }  // namespace
 
 std::string left_out_section(const report_content& content) {
@@ -38,10 +51,13 @@ std::string left_out_section(const report_content& content) {
                     {measure(board.rms_pixels)},
                     {files_of(content, i), true}});
   }
-  if (rows.empty()) return "";
-  return section("left-out", "Boards left out",
-                 paragraph("These take no part in any number or chart of residuals.") +
-                     table({"Board", "Why", "Suspected", "RMS (px)", "Pictures"}, rows));
+  std::string body;
+  if (!rows.empty()) {
+    body = paragraph("These take no part in any number or chart of residuals.") +
+           table({"Board", "Why", "Suspected", "RMS (px)", "Pictures"}, rows);
+  }
+  body += unusable_pictures_table(content);
+  return body.empty() ? "" : section("left-out", "Boards left out", body);
 }
 
 }  // namespace ocpan

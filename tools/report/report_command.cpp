@@ -12,10 +12,10 @@
 #include "include/oc_pan_cal.h"
 #include "platform/text_file.h"
 #include "src/console.h"
+#include "tools/boards/rig_output.h"
 #include "tools/common_options.h"
 #include "tools/evaluate/evaluate_pictures.h"
 #include "tools/messages.h"
-#include "tools/picture_output.h"
 #include "tools/report/input_files.h"
 #include "tools/report/report_content.h"
 #include "tools/report/thumbnails.h"
@@ -60,8 +60,9 @@ std::string versions() {
 }
 
 int run_report(const report_options& options) {
-  const std::vector<std::string> inputs = {options.calibration, options.configuration};
-  if (const std::string reason = why_not_output(options.out, inputs); !reason.empty()) {
+  if (const std::string reason =
+          why_not_rig_output(options.out, options.calibration, options.configuration);
+      !reason.empty()) {
     complain("--out: ", reason);
     return OCPAN_OUTPUT;
   }

@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -102,6 +103,28 @@ TEST(EvaluateCommand, MorePartsThanFramesIsWrongUsage) {
   const tool_run run = run_here("evaluate rig.cal rig.txt --hold-out 4");
   EXPECT_EQ(run.code, 64);
   EXPECT_NE(run.err.find("--hold-out 4: there are only 3 frames"), std::string::npos) << run.err;
+}
+
+TEST(EvaluateCommand, JsonOntoAnInputIsRefused) {
+  const working_folder folder;
+  write_inputs(folder, 2, 640);
+  for (const std::string name : {"rig.cal", "rig.txt", "a1.png", "found.cal_corners.json"}) {
+    const bool was_there = std::filesystem::exists(name);
+    const std::string before = was_there ? testing::read_file(name) : "";
+    const tool_run run = run_here("evaluate rig.cal rig.txt --json " + name);
+    EXPECT_EQ(run.code, 3) << name;
+    EXPECT_NE(run.err.find("--json: " + name), std::string::npos) << run.err;
+    ASSERT_EQ(std::filesystem::exists(name), was_there) << name;
+    EXPECT_EQ(was_there ? testing::read_file(name) : "", before) << name;
+  }
+}
+
+TEST(EvaluateCommand, UnreadablePicturesAreNamedAndCounted) {
+  const working_folder folder;
+  write_inputs(folder, 2, 640);
+  const tool_run run = run_here("evaluate rig.cal rig.txt");
+  EXPECT_NE(run.out.find("Pictures left out: 3\n"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("a1.png: it can't be opened or decoded"), std::string::npos) << run.out;
 }
 
 TEST(EvaluateCommand, JsonThatCannotBeWrittenIsToldFirst) {

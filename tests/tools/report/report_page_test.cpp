@@ -116,6 +116,20 @@ TEST_F(ReportPage, SpoiltBoardIsListedAsLeftOut) {
   EXPECT_NE(verdict_section(content).find("1 left out"), std::string::npos);
 }
 
+TEST_F(ReportPage, PicturesThatCannotBeUsedAreListedWithTheReason) {
+  report_content content = make_report(rig);
+  picture_finding& small = content.input.found[0][1][0];
+  small.state = picture_state::wrong_size;
+  small.width = 64;
+  small.height = 48;
+  content.input.found[0][2][0].state = picture_state::unreadable;
+  const std::string section = left_out_section(content);
+  EXPECT_NE(section.find("In 2 pictures"), std::string::npos) << section;
+  EXPECT_NE(section.find("it is 64 x 48, not"), std::string::npos) << section;
+  EXPECT_NE(section.find("opened or decoded"), std::string::npos) << section;
+  EXPECT_EQ(malformed_part("<!DOCTYPE html>" + section), "");
+}
+
 TEST_F(ReportPage, NothingLeftOutMakesNoSection) {
   EXPECT_EQ(left_out_section(make_report(rig)), "");
 }
@@ -213,6 +227,25 @@ TEST_F(ReportPage, RigWithoutAnyBoardStillMakesAPage) {
   EXPECT_EQ(page.find(">nan<"), std::string::npos);
   EXPECT_EQ(content.quality.judged, verdict::unusable);
   EXPECT_NE(page.find("Don&#39;t use this calibration."), std::string::npos);
+}
+
+TEST(ReportCommand, RefusesToOverwriteAPicture) {
+  const testing::working_folder folder;
+  for (const char* picture : {"a1.png", "b1.png"}) write_file(picture, "kept");
+  write_file("rig.txt",
+             "base_directory: '.'\noutput_filename: 'found.cal'\ncamera_info:\n"
+             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
+             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
+             "calibration_sets:\n"
+             "  - set_name: 'one', board_scale: 25.0\n    cameras: [1]\n"
+             "    filename_patterns: ['^a\\d\\.png$']\n    board_shape: [4, 3]\n"
+             "  - set_name: 'two', board_scale: 25.0\n    cameras: [2]\n"
+             "    filename_patterns: ['^b\\d\\.png$']\n    board_shape: [4, 3]\n"
+             "  - set_name: 'both', board_scale: 25.0\n    cameras: [1, 2]\n"
+             "    filename_patterns: ['^a\\d\\.png$', '^b\\d\\.png$']\n    board_shape: [4, 3]\n");
+  const tool_run run = run_here("report rig.cal rig.txt --out b1.png");
+  EXPECT_EQ(run.code, OCPAN_OUTPUT);
+  EXPECT_NE(run.err.find("--out: b1.png is an input"), std::string::npos) << run.err;
 }
 
 TEST(ReportCommand, TellsWhatItCannotReadOrWrite) {
