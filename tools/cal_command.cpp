@@ -31,7 +31,8 @@ Exit codes:
   4    the configuration or an input is malformed
   5    out of memory
   6    a value is out of range (2 to 8 cameras), or no configuration is there
-  11   with --refine: no board was found in any picture
+  10   with --refine: the refined calibration is doubtful
+  11   with --refine: no refined calibration is written; the first one is
   64   wrong usage
   70   the child process couldn't be started, or ended without a result
   130  interrupted; other codes above 128 are 128 and the signal that ended the run

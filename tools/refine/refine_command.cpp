@@ -21,12 +21,14 @@ Examples:
   oc_pan refine rig.cal rig.txt --out rig_refined.cal --bend off --json refined.json
 
 Exit codes:
-  0    done, the refined calibration is written; warnings tell what the boards leave open
+  0    done, the refined calibration is written
   2    an input can't be opened
   3    an output can't be written
   4    CALIBRATION or CONFIG is malformed
   6    a value of an input is out of range, or the cameras of the two don't agree
-  11   no board was found in any picture
+  10   doubtful: the refined calibration is written, warnings tell what the boards leave open
+  11   unusable, nothing is written: no board was found, the pictures contradict one another,
+       or the result would be worse or too uncertain
   64   wrong usage
   255  internal failure)";
 

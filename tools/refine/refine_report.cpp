@@ -57,10 +57,12 @@ void print_uncertainty(const refine_story& story) {
   print_line("What the boards leave uncertain");
   for (std::size_t c = 0; c < story.cameras.size(); ++c) {
     const camera_change& camera = story.cameras[c];
-    print_line(
-        "  ", left(camera_name(c), 18), "lens ", fixed(camera.picture_uncertainty, 3),
-        " pixels over the picture",
-        c == 0 ? "" : ", turn against camera 1 " + fixed(camera.turn_uncertainty, 4) + " degrees");
+    print_line("  ", left(camera_name(c), 18), "lens ", fixed(camera.picture_uncertainty, 3),
+               " pixels over the picture",
+               c == 0 ? ""
+               : camera.linked
+                   ? ", turn against camera 1 " + fixed(camera.turn_uncertainty, 4) + " degrees"
+                   : ", turn against camera 1 unknown: no board links them");
   }
 }
 
@@ -134,7 +136,11 @@ void print_refinement(const refine_story& story) {
   print_uncertainty(story);
   print_misfits(story);
   print_line("");
-  print_line("Calibration written: ", native_path(story.options.out));
+  if (story.judged == verdict::unusable) {
+    print_line("Nothing is written");
+  } else {
+    print_line("Calibration written: ", native_path(story.options.out));
+  }
 }
 
 std::string refinement_json(const refine_story& story) {
@@ -142,7 +148,9 @@ std::string refinement_json(const refine_story& story) {
   json["command"] = "refine";
   json["calibration"] = story.options.calibration;
   json["configuration"] = story.options.configuration;
-  json["refined"] = story.options.out;
+  json["verdict"] = word_of(story.judged);
+  json["refined"] = nullptr;
+  if (story.judged != verdict::unusable) json["refined"] = story.options.out;
   json["boards"] = story.input.boards.size();
   json["steps"] = story.after.iterations;
   json["converged"] = story.after.converged;
@@ -170,6 +178,7 @@ std::string refinement_json(const refine_story& story) {
   json["set_aside"] = misfits_json(story.views);
   json["bad_corners"] = misfits_json(story.corners);
   json["warnings"] = story.warnings;
+  json["faults"] = story.faults;
   return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 

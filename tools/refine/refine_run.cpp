@@ -11,6 +11,7 @@
 #include "tools/boards/printed_aside.h"
 #include "tools/boards/rig_output.h"
 #include "tools/messages.h"
+#include "tools/refine/judge_refinement.h"
 #include "tools/refine/refine_story.h"
 #include "tools/verdict.h"
 
@@ -44,6 +45,7 @@ void refine(refine_story& story) {
                            {story.options.tie, bend_of(story.options), true});
   story.before = measure_rig(input.models, input.details, input.boards, {});
   tell_changes(story);
+  judge_refinement(story);
 }
 
 bool save(const refine_story& story) {
@@ -82,13 +84,15 @@ int run_refine(const refine_options& options) {
     return exit_code_of(verdict::unusable);
   }
   refine(story);
-  if (!save(story)) return OCPAN_OUTPUT;
+  const bool usable = story.judged != verdict::unusable;
+  if (usable && !save(story)) return OCPAN_OUTPUT;
   if (!options.quiet) print_refinement(story);
   for (const std::string& warning : story.warnings) complain("warning: ", warning);
+  for (const std::string& fault : story.faults) complain("nothing is written: ", fault);
   if (!options.json.empty() && !write_json(options.json, refinement_json(story))) {
     return OCPAN_OUTPUT;
   }
-  return OCPAN_SUCCESS;
+  return exit_code_of(story.judged);
 }
 
 std::string refined_name(const std::string& calibration) {

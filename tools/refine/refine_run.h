@@ -15,7 +15,8 @@ struct refine_options {
 };
 
 // Refines a calibration on the pictures of a configuration, writes the result and tells what
-// it came to. Gives the exit code: an exported one, or 11 if no board is in any picture.
+// it came to. Gives the exit code: an exported one, or that of
+// the verdict; nothing is written if that is unusable.
 int run_refine(const refine_options& options);
 
 // The name of the refined calibration beside another: rig.cal gives rig_refined.cal.

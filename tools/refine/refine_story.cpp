@@ -56,6 +56,25 @@ double uncertainty_over_picture(const adjusted_rig& fit, const camera_details& d
   return spread_of(seen).rms;
 }
 
+// Which cameras boards that count link to camera 0, be it by way of others.
+std::vector<bool> linked_cameras(const refine_story& story) {
+  std::vector<bool> linked(story.input.models.size(), false);
+  linked[0] = true;
+  for (std::size_t pass = 1; pass < linked.size(); ++pass) {
+    for (std::size_t b = 0; b < story.input.boards.size(); ++b) {
+      std::vector<std::size_t> cameras;
+      for (std::size_t v = 0; v < story.input.boards[b].cameras.size(); ++v) {
+        if (story.after.boards[b].set_aside[v]) continue;
+        cameras.push_back(story.input.boards[b].cameras[v]);
+      }
+      const bool any = std::any_of(cameras.begin(), cameras.end(),
+                                   [&](std::size_t camera) { return linked[camera]; });
+      for (const std::size_t camera : cameras) linked[camera] = linked[camera] || any;
+    }
+  }
+  return linked;
+}
+
 camera_change camera_change_of(const refine_story& story, std::size_t camera) {
   camera_change change;
   const std::vector<seen_board>& boards = story.input.boards;
@@ -68,7 +87,10 @@ camera_change camera_change_of(const refine_story& story, std::size_t camera) {
   }
   change.picture_uncertainty =
       uncertainty_over_picture(story.after, story.input.details[camera], camera);
-  if (camera > 0) {
+  change.linked = linked_cameras(story)[camera];
+  if (!change.linked) {
+    change.turn_uncertainty = std::nan("");
+  } else if (camera > 0) {
     change.turn_uncertainty = turn_uncertainty(story.after, story.input.details, camera) * 180 / pi;
   }
   return change;
@@ -81,13 +103,20 @@ void append_pairs(refine_story& story) {
       const auto shared = [&](const seen_board& board) {
         return saw(board, first) && saw(board, second);
       };
-      pair_change pair{first, second, {}, 0};
+      pair_change pair{first, second, {}, 0, 0};
       pair.boards = static_cast<std::size_t>(std::count_if(boards.begin(), boards.end(), shared));
       if (pair.boards == 0) continue;
       pair.residuals = change_over(story, [&](std::size_t b, std::size_t v) {
         const std::size_t camera = boards[b].cameras[v];
         return shared(boards[b]) && (camera == first || camera == second);
       });
+      for (std::size_t b = 0; b < boards.size(); ++b) {
+        for (std::size_t v = 0; shared(boards[b]) && v < boards[b].cameras.size(); ++v) {
+          const std::size_t camera = boards[b].cameras[v];
+          const bool of_pair = camera == first || camera == second;
+          pair.set_aside += of_pair && story.after.boards[b].set_aside[v] ? 1 : 0;
+        }
+      }
       story.pairs.push_back(pair);
     }
   }
@@ -146,14 +175,15 @@ void append_warnings(refine_story& story) {
       warn("the boards of camera ", c + 1, " leave its lens uncertain by ",
            camera.picture_uncertainty, " pixels over the picture; ", advice);
     }
+    if (!camera.linked) {
+      warn("no board links camera ", c + 1, " to camera 1; its place stays as it was; shoot ",
+           "boards that it sees together with another camera");
+    }
     if (covers_picture(story.input.models[c], story.input.details[c]) &&
         !covers_picture(story.after.models[c], story.input.details[c])) {
       warn("the refined lens of camera ", c + 1,
            " bends back before the sides of its picture, where no board was; ", advice);
     }
-  }
-  if (!story.after.converged) {
-    warn("the refinement was still falling when it was ended; refine its result once more");
   }
 }
 

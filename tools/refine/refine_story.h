@@ -8,6 +8,7 @@
 #include "tools/evaluate/calibrated_pictures.h"
 #include "tools/evaluate/evaluation.h"
 #include "tools/refine/refine_run.h"
+#include "tools/verdict.h"
 
 namespace ocpan {
 
@@ -20,7 +21,8 @@ struct camera_change {
   residual_change residuals;
   std::size_t boards = 0;          // that the camera saw and that count
   double picture_uncertainty = 0;  // RMS over the picture, pixels
-  double turn_uncertainty = 0;     // against camera 0, degrees
+  bool linked = true;              // to camera 0, by boards that count
+  double turn_uncertainty = 0;     // against camera 0, degrees; not-a-number unless linked
 };
 
 // Two cameras and the boards that both saw.
@@ -28,6 +30,7 @@ struct pair_change {
   std::size_t first, second;
   residual_change residuals;
   std::size_t boards = 0;
+  std::size_t set_aside = 0;  // views of these boards by the two
 };
 
 // A board or a corner that doesn't fit.
@@ -49,6 +52,8 @@ struct refine_story {
   std::vector<misfit> views;    // set aside
   std::vector<misfit> corners;  // that hardly count, the farthest first
   std::vector<std::string> warnings;
+  std::vector<std::string> faults = {};  // for which nothing is written
+  verdict judged = verdict::good;
 };
 
 // Fills what follows from the two fits: all but the inputs and the fits themselves. Residuals

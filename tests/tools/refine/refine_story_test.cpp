@@ -8,6 +8,7 @@
 #include "model/projection.h"
 #include "tests/support/captured_output.h"
 #include "tests/tools/adjust/simulated_boards.h"
+#include "tools/refine/judge_refinement.h"
 
 namespace ocpan {
 namespace {
@@ -47,6 +48,7 @@ struct told_refinement {
     story.before = measure_rig(input.models, input.details, input.boards, {});
     story.after = adjust_rig(input.models, input.details, input.boards, {0, bend});
     tell_changes(story);
+    judge_refinement(story);
   }
 };
 
@@ -136,6 +138,63 @@ TEST(RefineStory, BendsABoardOnlyIfTheCornersBearIt) {
   EXPECT_NEAR(bent.story.after.bends[0].along_width, 1, 0.05);
   EXPECT_NEAR(bent.story.after.bends[0].along_height, 0, 0.05);
   EXPECT_NEAR(bent.story.after.sigma, 0.06, 0.003);
+}
+
+TEST(RefineStory, IsGoodWhereTheBoardsFit) {
+  told_refinement told(simulate_preset("2-lens0-unlike", 0.06, 1));
+  told.refine();
+  EXPECT_TRUE(told.story.cameras[1].linked);
+  EXPECT_EQ(told.story.judged, verdict::good);
+}
+
+TEST(RefineStory, TellsOfACameraThatNoBoardLinks) {
+  told_refinement told(simulate_preset("2-lens0-unlike", 0.06, 1));
+  auto& boards = told.story.input.boards;
+  boards.erase(std::remove_if(boards.begin(), boards.end(),
+                              [](const seen_board& board) { return board.cameras.size() > 1; }),
+               boards.end());
+  told.refine();
+  EXPECT_FALSE(told.story.cameras[1].linked);
+  ASSERT_EQ(told.story.warnings.size(), 1u);
+  EXPECT_NE(told.story.warnings[0].find("no board links camera 2 to camera 1"), std::string::npos);
+  EXPECT_EQ(told.story.judged, verdict::doubtful);
+  const std::string text = testing::printed_by([&] { print_refinement(told.story); });
+  EXPECT_NE(text.find("turn against camera 1 unknown"), std::string::npos) << text;
+  EXPECT_TRUE(
+      nlohmann::json::parse(refinement_json(told.story))["cameras"][1]["turn_uncertainty_degrees"]
+          .is_null());
+}
+
+TEST(RefineStory, IsUnusableWhereASeriesIsShuffled) {
+  simulated_boards simulated = simulate_preset("2-lens0-unlike", 0.06, 1);
+  auto& pairs = simulated.corners[2];
+  const Eigen::Matrix2Xd first = pairs[0][1];
+  for (std::size_t f = 0; f < 5; ++f) pairs[f][1] = pairs[f + 1][1];
+  pairs[5][1] = first;
+  told_refinement told(simulated);
+  told.refine();
+  EXPECT_EQ(told.story.judged, verdict::unusable);
+  ASSERT_FALSE(told.story.faults.empty());
+  EXPECT_NE(told.story.faults[0].find("cameras 1 and 2 contradict one another"), std::string::npos)
+      << told.story.faults[0];
+  const std::string text = testing::printed_by([&] { print_refinement(told.story); });
+  EXPECT_NE(text.find("Nothing is written"), std::string::npos) << text;
+}
+
+TEST(RefineStory, IsUnusableWhereItIsWorseUncertainOrUnended) {
+  told_refinement told(simulate_preset("2-lens0-unlike", 0.06, 1));
+  told.refine();
+  told.story.cameras[0].picture_uncertainty = 4.1;
+  told.story.cameras[1].turn_uncertainty = 0.51;
+  told.story.after.converged = false;
+  for (board_fit& fit : told.story.after.boards) fit.residuals[0] *= 2;
+  judge_refinement(told.story);
+  EXPECT_EQ(told.story.judged, verdict::unusable);
+  ASSERT_EQ(told.story.faults.size(), 4u);
+  EXPECT_NE(told.story.faults[0].find("lens of camera 1"), std::string::npos);
+  EXPECT_NE(told.story.faults[1].find("turn of camera 2"), std::string::npos);
+  EXPECT_NE(told.story.faults[2].find("better as it was"), std::string::npos);
+  EXPECT_NE(told.story.faults[3].find("still falling"), std::string::npos);
 }
 
 TEST(RefineStory, IsWrittenAsJson) {
