@@ -13,12 +13,12 @@ namespace {
 
 using testing::printed_by;
 
+#ifndef _WIN32  // where making them takes minutes
 // A name of seven digits.
 std::string numbered(int k) {
   const std::string digits = std::to_string(k);
   return std::string(7 - digits.size(), '0') + digits;
 }
-
 TEST(ManyFiles, HundredThousandInAFolderAreListedInOrder) {
   const testing::temp_folder folder;
   constexpr int count = 100'000;
@@ -37,6 +37,7 @@ TEST(ManyFiles, HundredThousandInAFolderAreListedInOrder) {
   }
   EXPECT_EQ(misplaced, 0);
 }
+#endif
 
 // Neither may need stack for each character.
 TEST(LongNames, OfTenMillionCharactersAreMatched) {
