@@ -36,7 +36,8 @@ measurement measurement_of(const json& entry) {
 
 void read_results(measurements& all, const char* file) {
   std::ifstream in(file);
-  for (const json& entry : json::parse(in).at("benchmarks")) {
+  const json results = json::parse(in);
+  for (const json& entry : results.at("benchmarks")) {
     if (entry.value("error_occurred", false)) continue;
     all[entry.at("name")] = measurement_of(entry);
   }
