@@ -159,7 +159,7 @@ OCPAN_API int ocPAN_CreateOsd(const char* input_file, const char* output_file, i
 OCPAN_API int ocPAN_MaskTransform(int count, const char* const* input_files,
                                   const char* const* output_files);
 
-/* Writes the version, "V1.5.2", into buffer.
+/* Writes the version, "V" and three numbers with dots between, into buffer.
  *
  *   buffer   at least 128 bytes; null gives OCPAN_FAILURE
  */

@@ -81,7 +81,7 @@ int ocPAN_MaskTransform(int count, const char* const* input_files,
 
 int ocPAN_Version(char* buffer) {
   if (!buffer) return OCPAN_FAILURE;
-  std::snprintf(buffer, 128, "%s", "V1.5.2");
+  std::snprintf(buffer, 128, "%s", "V" OCPAN_VERSION);
   return OCPAN_SUCCESS;
 }
 

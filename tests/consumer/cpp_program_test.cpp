@@ -24,7 +24,7 @@ rounding exported_round() {
 TEST(Consumer, GetsTheVersion) {
   char version[128] = "";
   EXPECT_EQ(ocPAN_Version(version), OCPAN_SUCCESS);
-  EXPECT_EQ(std::string(version), "V1.5.2");
+  EXPECT_EQ(std::string(version), "V" OCPAN_VERSION);
 }
 
 TEST(Consumer, IsRefusedANullBufferForTheVersion) { EXPECT_EQ(ocPAN_Version(nullptr), -1); }

@@ -14,7 +14,8 @@ using testing::tool_run;
 TEST(Tool, TellsTheVersionsThatAreLinked) {
   const tool_run run = run_tool("version");
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.out, "oc_pan 1.5.2\nliboc_pan_cal V1.5.2\nOpenCV " + cv::getVersionString() + "\n");
+  EXPECT_EQ(run.out, "oc_pan " OCPAN_VERSION "\nliboc_pan_cal V" OCPAN_VERSION "\nOpenCV " +
+                         cv::getVersionString() + "\n");
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run_here("--version").out, run.out);
 }
