@@ -32,6 +32,10 @@ if(OCPAN_SANITIZE)
     -fsanitize=${OCPAN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   target_link_options(ocpan_flags INTERFACE -fsanitize=${OCPAN_SANITIZE})
 endif()
+if(OCPAN_BUILD_FUZZERS)
+  target_compile_options(ocpan_flags INTERFACE
+    -fsanitize-coverage-ignorelist=${PROJECT_SOURCE_DIR}/fuzz/not_counted.txt)
+endif()
 target_compile_definitions(ocpan_flags INTERFACE
   $<$<CONFIG:Debug>:EIGEN_INITIALIZE_MATRICES_BY_NAN>
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
