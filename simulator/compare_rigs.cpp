@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 #include <Eigen/Geometry>
 
@@ -60,8 +61,10 @@ ray_pairs paired_rays(const model_map& estimated, const model_map& truth,
   return pairs;
 }
 
-// The RMS distance between the pixels and where the truth sees the estimated rays.
+// The RMS distance between the pixels and where the truth sees the estimated rays; not a
+// number if there are none.
 double mapping_difference(const ray_pairs& pairs, const Matrix3d& turn, const model_map& truth) {
+  if (pairs.pixels.cols() == 0) return std::numeric_limits<double>::quiet_NaN();
   const Matrix3Xd turned = turn * pairs.estimated;
   Eigen::ArrayXd x, y;
   project_points(x, y, turned, truth, Vector3d::Zero(), vector_of(truth, C_0));

@@ -18,7 +18,7 @@ struct camera_difference {
 // that carries its rays of the whole picture best onto the true ones, so it doesn't matter
 // how a lens shares an error between its axis and its centre. Camera 0 has rotation and
 // position 0. Pixels that either model can't carry back, or outside the field of view of a
-// fisheye, are left out.
+// fisheye, are left out; mapping_pixels is not a number where nothing remains.
 //
 //   estimated, truth, details   of the same cameras
 std::vector<camera_difference> compare_rigs(const rig& estimated, const rig& truth,

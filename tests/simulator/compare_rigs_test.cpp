@@ -1,6 +1,7 @@
 #include "simulator/compare_rigs.h"
 
 #include <cmath>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -95,6 +96,17 @@ TEST(CompareRigs, CentreOfALensIsMostlyATurn) {
   const auto differences = compare_rigs(estimated, truth, {details, details});
   EXPECT_NEAR(differences[1].rotation_degrees, 0.5 / 866 / degree, 0.006);
   EXPECT_LT(differences[1].mapping_pixels, 0.1);
+}
+
+TEST(CompareRigs, CameraWithoutARayHasNoMapping) {
+  const camera_details details{1000, 800, 60, 0};
+  const rig truth{initial_model(details), initial_model(details)};
+  rig estimated = truth;
+  estimated[1][A_th] = std::numeric_limits<double>::quiet_NaN();
+  const auto differences = compare_rigs(estimated, truth, {details, details});
+  ASSERT_EQ(differences.size(), 2u);
+  EXPECT_NEAR(differences[0].mapping_pixels, 0, 1e-9);
+  EXPECT_TRUE(std::isnan(differences[1].mapping_pixels));
 }
 
 }  // namespace
