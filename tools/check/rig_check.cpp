@@ -7,6 +7,7 @@
 #include "tools/check/config_remarks.h"
 #include "tools/check/pair_remarks.h"
 #include "tools/check/tame_findings.h"
+#include "tools/check/useless_views.h"
 #include "tools/check/words.h"
 #include "tools/check/wrong_shapes.h"
 #include "tools/library_result.h"
@@ -64,6 +65,7 @@ void check_pictures(rig_check& check, const rig_pictures& pictures, const found_
   add(check.findings, pair_remarks(pictures, boards, judge_pairs(pictures, boards)));
   add(check.findings, coverage_remarks(pictures, check.coverage));
   add(check.findings, repeat_remarks(pictures, boards, check.repeated));
+  add(check.findings, useless_view_remarks(pictures, boards));
 }
 
 rig_check check_rig(const std::string& configuration,
