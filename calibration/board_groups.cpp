@@ -103,8 +103,9 @@ void append_frame(std::map<std::vector<std::size_t>, view_group>& by_cameras,
 Eigen::Matrix3Xd board_points(int width, int height, double scale) {
   Eigen::Matrix3Xd points(3, static_cast<Eigen::Index>(width) * height);
   for (Eigen::Index k = 0; k < points.cols(); ++k) {
+    const Eigen::Index row = k / width, column = k % width;
     points.col(k) =
-        Eigen::Vector3d(static_cast<double>(k % width), static_cast<double>(k / width), 0) * scale;
+        Eigen::Vector3d(static_cast<double>(column), static_cast<double>(row), 0) * scale;
   }
   return points;
 }

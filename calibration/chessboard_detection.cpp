@@ -15,7 +15,7 @@ namespace {
 
 // Draws the corners into the picture, in colour if the board was found, and writes it. A
 // picture that can't be written is no loss.
-void write_debug_picture(const std::string& name, cv::Mat grey, cv::Size board,
+void write_debug_picture(const std::string& name, const cv::Mat& grey, cv::Size board,
                          const std::vector<cv::Point2f>& corners, bool found) {
   try {
     cv::Mat picture = grey;

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
-#include <source_location>
 
 namespace ocpan {
 namespace {
@@ -16,13 +15,12 @@ static_assert(std::endian::native == std::endian::little,
 constexpr char source_name[] = "alg_lib";
 
 // Ends the process if the condition of an argument doesn't hold.
-void require(bool holds, const char* condition, const char* function,
-             std::source_location where = std::source_location::current()) {
+void require(bool holds, const char* condition, const char* function, int line = __builtin_LINE()) {
   if (holds) return;
   std::printf(
       "\nASSERT failed at:\n  >File name: %s\n  >Function : %s\n  >Line No. : %d\n"
       "  >Condition: %s\n",
-      source_name, function, static_cast<int>(where.line()), condition);
+      source_name, function, line, condition);
   std::fflush(stdout);
   std::exit(-1);
 }

@@ -31,7 +31,7 @@ Eigen::Matrix2Xd ellipse(int width, int height) {
 Eigen::Matrix2Xd border(int width, int height) {
   constexpr int per_side = 8;
   Eigen::Matrix2Xd pixels(2, outline_points);
-  const auto side = [&](int first, Eigen::Vector2d from, Eigen::Vector2d to) {
+  const auto side = [&](int first, const Eigen::Vector2d& from, const Eigen::Vector2d& to) {
     for (int k = 0; k < per_side; ++k) pixels.col(first + k) = from + (to - from) * k / 7.0;
   };
   side(0, {0, 0}, {width - width / 8, 0});

@@ -57,7 +57,7 @@ corner_grid::cell_index corner_grid::cell_of(const Eigen::Vector2d& position) co
 }
 
 std::span<const std::int32_t> corner_grid::members(int column, int row) const {
-  const std::size_t cell = static_cast<std::size_t>(row * count_.x() + column);
+  const auto cell = static_cast<std::size_t>(Eigen::Index{row} * count_.x() + column);
   return std::span(members_).subspan(starts_[cell], starts_[cell + 1] - starts_[cell]);
 }
 

@@ -65,10 +65,12 @@ quad_stats stats_inside(const cv::Mat1d& picture, const std::array<Eigen::Vector
 class quad_neighbours {
  public:
   explicit quad_neighbours(const std::vector<prod_quad>& quads) : quads_(quads) {
-    std::int32_t last = -1;
-    for (const prod_quad& quad : quads)
-      last = std::max(last, *std::max_element(quad.begin(), quad.end()));
-    at_corner_.resize(static_cast<std::size_t>(last + 1));
+    std::size_t corners = 0;  // up to the last that a quad has
+    for (const prod_quad& quad : quads) {
+      const std::int32_t last = *std::max_element(quad.begin(), quad.end());
+      corners = std::max(corners, static_cast<std::size_t>(last) + 1);
+    }
+    at_corner_.resize(corners);
     for (std::size_t q = 0; q < quads.size(); ++q) {
       for (const std::int32_t corner : quads[q])
         at_corner_[static_cast<std::size_t>(corner)].push_back(q);
