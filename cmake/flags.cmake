@@ -34,7 +34,7 @@ if(OCPAN_SANITIZE)
 endif()
 if(OCPAN_BUILD_FUZZERS)
   target_compile_options(ocpan_flags INTERFACE
-    -fsanitize-coverage-ignorelist=${PROJECT_SOURCE_DIR}/fuzz/not_counted.txt)
+    -fsanitize-coverage-ignorelist=${PROJECT_SOURCE_DIR}/fuzz/uncounted_functions.txt)
 endif()
 target_compile_definitions(ocpan_flags INTERFACE
   $<$<CONFIG:Debug>:EIGEN_INITIALIZE_MATRICES_BY_NAN>

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,9 @@
 #include "tests/support/temp_folder.h"
 
 namespace ocpan::fuzz {
+
+void PrintTo(const target& one, std::ostream* out) { *out << one.name; }
+
 namespace {
 
 std::vector<std::filesystem::path> corpus_of(const std::string& target_name) {

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fuzz/board_pictures.h"
 #include "fuzz/byte_source.h"
 #include "fuzz/promise.h"
 #include "fuzz/scratch_folder.h"
@@ -12,13 +13,13 @@
 #include "src/result_codes.h"
 #include "tests/support/temp_folder.h"
 
-// The input is a configuration, read in a folder with a few small pictures. Whole
-// calibrations are run too where they can't leave that folder; they find no board.
+// The input is a configuration, read in a folder with a few small pictures, some of a board.
+// Whole calibrations are run too where they can't leave that folder.
 
 namespace ocpan::fuzz {
 namespace {
 
-constexpr std::size_t most_pictures = 40;  // of a whole run
+constexpr std::size_t most_pictures = 12;  // of a whole run
 
 void make_pictures() {
   const std::string picture = "P5 8 8 255\n" + std::string(64, '\x50');
@@ -27,6 +28,13 @@ void make_pictures() {
     for (const char* name : {"left1.pgm", "left2.pgm", "left10.pgm", "right1.pgm", "Right2.pgm"}) {
       testing::write_file(std::filesystem::path(folder) / name, picture);
     }
+    // The same boards before two cameras side by side.
+    const double x = folder == std::string_view("pics/right") ? 44 : 52;
+    const auto write_board = [&](const char* name, const std::string& board) {
+      testing::write_file(std::filesystem::path(folder) / name, board);
+    };
+    write_board("board1.pgm", board_picture(0.1, x, 36, 13, 0.004));
+    write_board("board2.pgm", board_picture(-0.3, x - 4, 34, 11, -0.004));
   }
 }
 
