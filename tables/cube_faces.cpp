@@ -1,7 +1,5 @@
 #include "tables/cube_faces.h"
 
-#include <cmath>
-
 namespace ocpan {
 
 std::array<double, cube_samples> cube_grid(int face_size) {
@@ -24,21 +22,21 @@ std::vector<point_block> cube_faces(int face_size) {
   };
   constexpr axes layout[cube_face_count] = {{0, 1, 1, 2},  {0, -1, 1, 2}, {1, 1, 0, 2},
                                             {1, -1, 0, 2}, {2, 1, 0, 1},  {2, -1, 0, 1}};
-  const auto t = cube_grid(face_size);
+  const auto grid = cube_grid(face_size);
+  const Eigen::Map<const Eigen::ArrayXd> t(grid.data(), cube_samples);
+  Eigen::ArrayXd length;
   std::vector<point_block> faces(cube_face_count);
   for (std::size_t face = 0; face < faces.size(); ++face) {
     const axes& axis = layout[face];
-    for (std::size_t a = 0; a < t.size(); ++a) {
+    for (std::size_t a = 0; a < grid.size(); ++a) {
       Eigen::MatrixXd& row = faces[face][a];
       row.resize(cube_samples, 3);
-      for (std::size_t b = 0; b < t.size(); ++b) {
-        Eigen::RowVector3d v;
-        v[axis.fixed] = axis.sign;
-        v[axis.along_b] = t[b];
-        v[axis.along_a] = t[a];
-        const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-        row.row(static_cast<Eigen::Index>(b)) = v / length;
-      }
+      row.col(axis.fixed).setConstant(axis.sign);
+      row.col(axis.along_b) = t;
+      row.col(axis.along_a).setConstant(grid[a]);
+      const auto v = row.array();
+      length = (v.col(0).square() + v.col(1).square() + v.col(2).square()).sqrt();
+      row.array().colwise() /= length;
     }
   }
   return faces;
