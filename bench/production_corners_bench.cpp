@@ -66,7 +66,7 @@ void corner_response_of_four_radii(benchmark::State& state) {
   cv::Mat1f maximum(grey.size());
   for (auto _ : state) {
     maximum.setTo(0.0F);
-    set_local_mean(grey, scratch);
+    prepare_response(grey, 13, scratch);
     for (const int radius : {5, 7, 9, 13}) raise_to_response(maximum, grey, radius, scratch);
   }
 }

@@ -1,15 +1,17 @@
 #include "production/corner_detection.h"
 
 #include <algorithm>
+#include <array>
 
 #include <opencv2/imgproc.hpp>
 
 namespace ocpan {
 namespace {
 
-constexpr int peak_reach = 3;        // pixels: a peak is the largest of 7 by 7
-constexpr int patch_reach = 5;       // pixels
-constexpr double least_sum = 800.0;  // of the response in a patch
+constexpr std::array<int, 4> radii = {5, 7, 9, 13};  // of the response, pixels
+constexpr int peak_reach = 3;                        // pixels: a peak is the largest of 7 by 7
+constexpr int patch_reach = 5;                       // pixels
+constexpr double least_sum = 800.0;                  // of the response in a patch
 
 // The pixels at most reach away in x and y, clipped to an image of that size.
 cv::Rect around(int x, int y, int reach, const cv::Size& size) {
@@ -53,8 +55,8 @@ std::vector<cv::Point2d> detect_corner_candidates(const cv::Mat& picture, corner
   scratch.smoothed.convertTo(scratch.picture, CV_32F);
   scratch.maximum.create(picture.size());
   scratch.maximum.setTo(0.0F);
-  set_local_mean(scratch.picture, scratch);
-  for (const int radius : {5, 7, 9, 13}) {
+  prepare_response(scratch.picture, radii.back(), scratch);
+  for (const int radius : radii) {
     raise_to_response(scratch.maximum, scratch.picture, radius, scratch);
   }
 

@@ -148,7 +148,7 @@ TEST(CornerResponse, EqualsThePlainStepsBitForBit) {
 TEST(CornerResponse, RaisesAMaximumOnlyWhereItIsHigher) {
   corner_scratch scratch;
   const cv::Mat1f picture = diagonal_crossing();
-  set_local_mean(picture, scratch);
+  prepare_response(picture, 5, scratch);
   cv::Mat1f maximum(31, 31, 900.0F);
   raise_to_response(maximum, picture, 5, scratch);
   EXPECT_EQ(cv::countNonZero(maximum != 900.0), 0);
