@@ -33,7 +33,8 @@ orientations orientation_histogram(const cv::Mat1d& magnitude, const cv::Mat1d& 
   for (int row = pixel_bound(y - reach, magnitude.rows); row < end_row; ++row) {
     for (int column = first_column; column < end_column; ++column) {
       const double m = magnitude(row, column);
-      const double p = std::fmod(angle(row, column) * bins / pi, bins);
+      const double turned = angle(row, column) * bins / pi;
+      const double p = turned < bins ? turned : std::fmod(turned, bins);
       const double lower = std::trunc(p);
       const std::size_t bin = static_cast<std::size_t>(lower);
       histogram[bin] += m * (1 - (p - lower));

@@ -8,6 +8,7 @@
 #include <Eigen/Core>
 #include <opencv2/imgproc.hpp>
 
+#include "platform/vector_clones.h"
 #include "production/pixel_range.h"
 
 namespace ocpan {
@@ -21,38 +22,52 @@ double cross(const Eigen::Vector2d& a, const Eigen::Vector2d& b) {
   return a.x() * b.y() - a.y() * b.x();
 }
 
-// Whether a point lies in a triangle or on its rim, by its barycentric coordinates. Nothing
-// lies in a triangle without area.
+// A triangle, to tell by barycentric coordinates which points lie in it or on its rim.
 struct triangle {
   triangle(const Eigen::Vector2d& a, const Eigen::Vector2d& b, const Eigen::Vector2d& c)
       : corner(a), to_b(b - a), to_c(c - a), area(cross(to_b, to_c)) {}
-  bool contains(const Eigen::Vector2d& p) const {
-    const Eigen::Vector2d offset = p - corner;
-    const double u = cross(offset, to_c) / area;
-    const double v = cross(to_b, offset) / area;
-    return u >= 0 && v >= 0 && u + v <= 1;
-  }
   Eigen::Vector2d corner, to_b, to_c;
   double area;
 };
 
-quad_stats stats_inside(const cv::Mat1d& picture, const std::array<Eigen::Vector2d, 4>& corners) {
+// Sets the pixels of a row, from column first_x on, that lie in the triangle to 1. Nothing
+// lies in a triangle without area.
+OCPAN_VECTOR_CLONES void mark_inside(double* __restrict inside, const triangle& in, int first_x,
+                                     int count, int y) {
+  const double corner_x = in.corner.x(), b_x = in.to_b.x(), b_y = in.to_b.y();
+  const double c_x = in.to_c.x(), c_y = in.to_c.y(), area = in.area;
+  const double offset_y = y - in.corner.y();
+  for (int k = 0; k < count; ++k) {
+    const double offset_x = (first_x + k) - corner_x;
+    const double u = (offset_x * c_y - offset_y * c_x) / area;
+    const double v = (b_x * offset_y - b_y * offset_x) / area;
+    const double before = inside[k];
+    inside[k] = (u >= 0) & (v >= 0) & (u + v <= 1) ? 1.0 : before;
+  }
+}
+
+quad_stats stats_inside(const cv::Mat1d& picture, const std::array<Eigen::Vector2d, 4>& corners,
+                        std::vector<double>& inside) {
   const auto& [a, b, c, d] = corners;
   const Eigen::Vector2d low = a.cwiseMin(b).cwiseMin(c).cwiseMin(d);
   const Eigen::Vector2d high = a.cwiseMax(b).cwiseMax(c).cwiseMax(d);
   const triangle first(a, b, c);
   const triangle second(a, c, d);
+  const int first_x = pixel_bound(low.x(), picture.cols);
+  const int count_x = std::max(0, pixel_bound(high.x() + 1, picture.cols) - first_x);
+  const int end_y = pixel_bound(high.y() + 1, picture.rows);
   double count = 0;
   double sum = 0;
   double squares = 0;
-  for (int y = pixel_bound(low.y(), picture.rows); y < pixel_bound(high.y() + 1, picture.rows);
-       ++y) {
-    for (int x = pixel_bound(low.x(), picture.cols); x < pixel_bound(high.x() + 1, picture.cols);
-         ++x) {
-      const Eigen::Vector2d p(x, y);
-      if (!first.contains(p) && !second.contains(p)) continue;
-      const double value = picture(y, x);
-      count += 1;
+  for (int y = pixel_bound(low.y(), picture.rows); y < end_y; ++y) {
+    inside.assign(static_cast<std::size_t>(count_x), 0.0);
+    mark_inside(inside.data(), first, first_x, count_x, y);
+    mark_inside(inside.data(), second, first_x, count_x, y);
+    const double* values = picture[y] + first_x;
+    for (int k = 0; k < count_x; ++k) {
+      const double weight = inside[static_cast<std::size_t>(k)];
+      const double value = weight * values[k];
+      count += weight;
       sum += value;
       squares += value * value;
     }
@@ -117,13 +132,14 @@ std::vector<quad_stats> quad_intensity_stats(const cv::Mat& picture,
   blurred.convertTo(grey, CV_64F);
   std::vector<quad_stats> stats;
   stats.reserve(quads.size());
+  std::vector<double> inside;
   for (const prod_quad& quad : quads) {
     std::array<Eigen::Vector2d, 4> positions;
     for (std::size_t k = 0; k < quad.size(); ++k) {
       const prod_corner& corner = corners[static_cast<std::size_t>(quad[k])];
       positions[k] = {corner.x, corner.y};
     }
-    stats.push_back(stats_inside(grey, positions));
+    stats.push_back(stats_inside(grey, positions, inside));
   }
   return stats;
 }
