@@ -23,22 +23,62 @@ struct reduced_system {
   std::vector<pose_matrix> pose_inverse;  // per shot, of its damped pose block
 };
 
-// Subtracts one shot's B C^-1 B^T and B C^-1 g, camera block by camera block.
+// Subtracts left right^T from a block, below the block's diagonal if it lies on that of the
+// whole. The few columns of left and right are summed from the first on, one product at a
+// time. A general product would spend more on arranging such narrow matrices than on them.
+template <int columns>
+void subtract_product(MatrixXd& whole, Index first_row, Index first_column,
+                      const Eigen::Ref<const MatrixXd>& left,
+                      const Eigen::Ref<const MatrixXd>& right) {
+  const Index stride = left.outerStride();
+  for (Index j = 0; j < right.rows(); ++j) {
+    double factors[columns];
+    for (int k = 0; k < columns; ++k) factors[k] = right(j, k);
+    const Index skipped = first_row == first_column ? j : 0;
+    double* __restrict out = &whole(first_row, first_column + j);
+    const double* in = left.data();
+    for (Index i = skipped; i < left.rows(); ++i) {
+      double sum = 0;
+      for (int k = 0; k < columns; ++k) sum += in[i + k * stride] * factors[k];
+      out[i] -= sum;
+    }
+  }
+}
+
+void subtract_product(MatrixXd& whole, Index first_row, Index first_column,
+                      const Eigen::Ref<const MatrixXd>& left,
+                      const Eigen::Ref<const MatrixXd>& right) {
+  static constexpr decltype(&subtract_product<1>) of_columns[] = {
+      subtract_product<1>, subtract_product<2>, subtract_product<3>,
+      subtract_product<4>, subtract_product<5>, subtract_product<6>};
+  if (left.cols() == 0) return;
+  of_columns[left.cols() - 1](whole, first_row, first_column, left, right);
+}
+
+// What eliminating a shot needs room for.
+struct elimination_scratch {
+  MatrixXd weighted;  // B C^-1
+  VectorXd shift;     // B C^-1 g
+};
+
+// Subtracts one shot's B C^-1 B^T and B C^-1 g, camera block by camera block. Of the
+// symmetric matrix the lower triangle is enough.
 void eliminate_shot(reduced_system& system, const shot_equations& shot, const pose_matrix& inverse,
-                    const touched_cameras& touched, const column_layout& layout) {
-  const MatrixXd weighted = shot.b * inverse;
-  const VectorXd shift = weighted * shot.g;
+                    const touched_cameras& touched, const column_layout& layout,
+                    elimination_scratch& scratch) {
+  scratch.weighted.noalias() = shot.b * inverse;
+  scratch.shift.noalias() = scratch.weighted * shot.g;
   for (std::size_t i = 0; i < touched.cameras.size(); ++i) {
     const Index ni = layout.columns_of(touched.cameras[i]);
     const Index to_i = layout.first[touched.cameras[i]];
-    system.b.segment(to_i, ni) -= shift.segment(touched.local_first[i], ni);
+    system.b.segment(to_i, ni) -= scratch.shift.segment(touched.local_first[i], ni);
     for (std::size_t j = 0; j < touched.cameras.size(); ++j) {
       const Index nj = layout.columns_of(touched.cameras[j]);
       const Index to_j = layout.first[touched.cameras[j]];
       if (to_j > to_i) continue;
-      system.s.block(to_i, to_j, ni, nj).noalias() -=
-          weighted.middleRows(touched.local_first[i], ni) *
-          shot.b.middleRows(touched.local_first[j], nj).transpose();
+      subtract_product(system.s, to_i, to_j,
+                       scratch.weighted.middleRows(touched.local_first[i], ni),
+                       shot.b.middleRows(touched.local_first[j], nj));
     }
   }
 }
@@ -48,12 +88,13 @@ reduced_system reduce(const solver_problem& problem, const linearisation& at, do
   reduced_system system{at.a, at.g, {}};
   system.s.diagonal().array() += damping;
   system.pose_inverse.reserve(at.shots.size());
+  elimination_scratch scratch;
   for (std::size_t i = 0; i < at.shots.size(); ++i) {
     pose_matrix damped = at.shots[i].c;
     damped.diagonal().array() += damping;
     system.pose_inverse.push_back(Eigen::PartialPivLU<pose_matrix>(damped).inverse());
     eliminate_shot(system, at.shots[i], system.pose_inverse.back(),
-                   problem.touched[problem.shots[i].group], layout);
+                   problem.touched[problem.shots[i].group], layout, scratch);
   }
   system.s.triangularView<Eigen::StrictlyUpper>() = system.s.transpose();
   return system;
