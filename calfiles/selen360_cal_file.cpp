@@ -202,7 +202,7 @@ int selen360_cal_file::cam_hfov(std::uint64_t camera) const {
 
 int selen360_cal_file::cam_project(const std::vector<point_block>& directions, std::uint64_t camera,
                                    std::vector<point_block>& pixels) const {
-  const model_map& model = models_[camera];
+  const camera_frame frame(models_[camera]);
   const double radius = sphere_radius_;
   const Eigen::Vector3d none = Eigen::Vector3d::Zero();
   Eigen::Matrix3Xd points;
@@ -213,7 +213,7 @@ int selen360_cal_file::cam_project(const std::vector<point_block>& directions, s
     point_block& positions = pixels.emplace_back();
     for (std::size_t row = 0; row < face.size(); ++row) {
       points = (face[row].transpose() * radius) * model_units_per_radius;
-      project_points(x, y, points, model, none, none);
+      project_points(x, y, points, frame, none, none);
       positions[row].resize(points.cols(), 2);
       positions[row].col(0) = x;
       positions[row].col(1) = y;

@@ -14,30 +14,6 @@ using Eigen::Vector3d;
 constexpr double law_threshold = 1e-8;  // |L| below it takes the branch of its own
 constexpr Index block_size = 64;        // points carried through the stages together
 
-// A model_map with everything looked up and worked out once.
-struct camera_frame {
-  explicit camera_frame(const model_map& model)
-      : centre(vector_of(model, C_0)),
-        horizontal(vector_of(model, H_0)),
-        vertical(vector_of(model, V_0)),
-        a_th(value_of(model, A_th)),
-        a_ph(value_of(model, A_ph)),
-        o_th(value_of(model, O_th)),
-        o_ph(value_of(model, O_ph)),
-        axis(direction_from_angles(a_th, a_ph)),
-        distortion_axis(direction_from_angles(o_th, o_ph)),
-        r0(value_of(model, rho_0)),
-        r1(value_of(model, rho_1)),
-        r2(value_of(model, rho_2)),
-        law(value_of(model, L)) {}
-
-  Vector3d centre, horizontal, vertical;
-  double a_th, a_ph, o_th, o_ph;
-  Vector3d axis, distortion_axis;  // A, O
-  double r0, r1, r2;
-  double law;  // L
-};
-
 double clamp_passing_nan(double value, double low, double high) {
   return value < low ? low : (value > high ? high : value);
 }
@@ -109,8 +85,8 @@ void apply_law(projection_block& b, Index count, double law) {
   }
 }
 
-void to_pixels(projection_block& b, Index count, const camera_frame& camera, double chi_limit,
-               bool clamped, double* x_out, double* y_out) {
+void to_pixels(projection_block& b, Index count, const camera_frame& camera, bool clamped,
+               double* x_out, double* y_out) {
   const Vector3d o = camera.distortion_axis;
   const Vector3d axis = camera.axis;
   const Vector3d h = camera.horizontal;
@@ -119,7 +95,7 @@ void to_pixels(projection_block& b, Index count, const camera_frame& camera, dou
   for (Index i = 0; i < count; ++i) b.zeta2[i] = b.m[i] / b.chi[i];  // chi ahead of its clamp
   if (clamped) {
     for (Index i = 0; i < count; ++i) {
-      b.chi[i] = clamp_passing_nan(b.chi[i], -chi_limit, chi_limit);
+      b.chi[i] = clamp_passing_nan(b.chi[i], -camera.chi_limit, camera.chi_limit);
     }
   }
   for (Index i = 0; i < count; ++i) {
@@ -217,10 +193,8 @@ void coordinate_derivatives(derivative_columns& out, const projection_block& b,
                             const std::array<Eigen::Matrix3d, 3>& rotation_by) {
   const Vector3d o = camera.distortion_axis;
   const Vector3d axis = camera.axis;
-  const Vector3d axis_by[2] = {direction_d_th(camera.a_th, camera.a_ph),
-                               direction_d_ph(camera.a_th, camera.a_ph)};
-  const Vector3d o_by[2] = {direction_d_th(camera.o_th, camera.o_ph),
-                            direction_d_ph(camera.o_th, camera.o_ph)};
+  const auto& axis_by = camera.axis_by;
+  const auto& o_by = camera.distortion_axis_by;
   auto& column = out.column;
   for (Index i = 0; i < count; ++i) {
     const double x = coordinate[i], inverse_a = d.inverse_a[i];
@@ -296,29 +270,11 @@ void coordinate_derivatives(derivative_columns& out, const projection_block& b,
 
 }  // namespace
 
-double monotonic_limit(double r0, double r1, double r2) {
-  double limit = 1e12;
-  if (std::abs(r1) * 1e-12 > std::abs(r2)) {  // the quintic term is negligible
-    const double q = (1 + r0) / (-3 * r1);
-    if (std::abs(r1) > 1e-12 && q > 0) limit = std::sqrt(q);
-    return limit;
-  }
-  const double discriminant = 9 * r1 * r1 - 20 * r2 * (1 + r0);
-  if (!(discriminant > 0)) return limit;
-  const double s = std::sqrt(discriminant);
-  const double t1 = (s - 3 * r1) / (10 * r2);
-  const double t2 = (-3 * r1 - s) / (10 * r2);
-  if (t1 > 0) limit = std::sqrt(t1);
-  if (t2 > 0) limit = std::min(limit, std::sqrt(t2));
-  return limit;
-}
-
 void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map& dx_out,
-                    derivative_map& dy_out, const Eigen::Matrix3Xd& points, const model_map& model,
-                    const Vector3d& rotation, const Vector3d& translation, bool want_derivatives) {
-  const camera_frame camera(model);
+                    derivative_map& dy_out, const Eigen::Matrix3Xd& points,
+                    const camera_frame& camera, const Vector3d& rotation,
+                    const Vector3d& translation, bool want_derivatives) {
   const rigid_motion motion{rotation_from_vector(rotation), translation};
-  const double chi_limit = monotonic_limit(camera.r0, camera.r1, camera.r2);
   const Index total = points.cols();
   resize(x_out, total, 1);
   resize(y_out, total, 1);
@@ -340,7 +296,7 @@ void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map
     to_axis_coordinates(b, block_points, count, motion, camera);
     angles(b, count, camera.law, !want_derivatives);
     apply_law(b, count, camera.law);
-    to_pixels(b, count, camera, chi_limit, !want_derivatives, x, y);
+    to_pixels(b, count, camera, !want_derivatives, x, y);
     if (!want_derivatives) continue;
     shared_derivatives(d, b, count, camera);
     coordinate_derivatives(columns, b, d, block_points, count, camera, camera.horizontal, H_0, V_0,
@@ -353,14 +309,14 @@ void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map
 }
 
 void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, const Eigen::Matrix3Xd& points,
-                    const model_map& model, const Vector3d& rotation, const Vector3d& translation) {
+                    const camera_frame& camera, const Vector3d& rotation,
+                    const Vector3d& translation) {
   derivative_map unused;
-  project_points(x_out, y_out, unused, unused, points, model, rotation, translation, false);
+  project_points(x_out, y_out, unused, unused, points, camera, rotation, translation, false);
 }
 
 void unproject_points(Eigen::Matrix3Xd& rays_out, const Eigen::Matrix2Xd& pixels,
-                      const model_map& model) {
-  const camera_frame camera(model);
+                      const camera_frame& camera) {
   const Vector3d& a = camera.axis;
   const Vector3d& o = camera.distortion_axis;
   const double frame_volume = a.dot(camera.vertical.cross(camera.horizontal));

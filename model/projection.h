@@ -2,6 +2,7 @@
 
 #include <Eigen/Core>
 
+#include "model/camera_frame.h"
 #include "model/parameters.h"
 #include "model/pose.h"
 #include "model/resize.h"
@@ -31,7 +32,7 @@ class derivative_map {
 //   x_out, y_out      N, pixels; (0, 0) is the middle of the top left pixel
 //   dx_out, dy_out    derivatives of x and y, filled only with want_derivatives
 //   points            3 x N, board frame, unit of board_scale
-//   model             the camera; L is read, LAMBDA is not
+//   camera            or its model; L is read, LAMBDA is not
 //   rotation          rotation vector board -> rig, radians
 //   translation       board origin in the rig, unit of board_scale
 //   want_derivatives  also turns off the two clamps (of the angle to the law's range, of
@@ -42,28 +43,24 @@ class derivative_map {
 // the distortion axis not-a-number, and NaN passes through. With L within 1e-8 of 0 chi is
 // infinite or huge; models never come there but through a file. Safe on several threads.
 void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, derivative_map& dx_out,
-                    derivative_map& dy_out, const Eigen::Matrix3Xd& points, const model_map& model,
-                    const Eigen::Vector3d& rotation, const Eigen::Vector3d& translation,
-                    bool want_derivatives);
+                    derivative_map& dy_out, const Eigen::Matrix3Xd& points,
+                    const camera_frame& camera, const Eigen::Vector3d& rotation,
+                    const Eigen::Vector3d& translation, bool want_derivatives);
 
 // Values only, with the clamps.
 void project_points(Eigen::ArrayXd& x_out, Eigen::ArrayXd& y_out, const Eigen::Matrix3Xd& points,
-                    const model_map& model, const Eigen::Vector3d& rotation,
+                    const camera_frame& camera, const Eigen::Vector3d& rotation,
                     const Eigen::Vector3d& translation);
 
 // Turns pixels into rays.
 //
 //   rays_out   3 x N, unit columns in the rig's frame; the centre C is not added
 //   pixels     2 x N, row 0 is x, row 1 is y
-//   model      the camera; L is read, LAMBDA is not
+//   camera     or its model; L is read, LAMBDA is not
 //
 // Never fails: a pixel exactly on the distortion axis, or beyond what the lens law can
 // reach, gives not-a-number. Safe on several threads.
 void unproject_points(Eigen::Matrix3Xd& rays_out, const Eigen::Matrix2Xd& pixels,
-                      const model_map& model);
-
-// The smallest positive chi at which the outward distortion polynomial
-// (1 + r0) chi + r1 chi^3 + r2 chi^5 stops growing; 1e12 if it never does.
-double monotonic_limit(double r0, double r1, double r2);
+                      const camera_frame& camera);
 
 }  // namespace ocpan

@@ -23,14 +23,14 @@ struct view_rows {
 };
 
 void fill_rows(view_rows& view, const solver_problem& problem, const solver_state& state,
-               const shot_reference& shot, std::size_t shot_index, std::size_t entry,
-               double sigma) {
+               const std::vector<camera_frame>& cameras, const shot_reference& shot,
+               std::size_t shot_index, std::size_t entry, double sigma) {
   const view_group& group = problem.groups[shot.group];
   const column_layout& layout = problem.layout;
   const std::size_t camera = group.cameras[entry];
   const Index n = group.board_points.cols();
   const ModelPose& pose = state.poses[shot_index];
-  project_points(view.x, view.y, view.dx, view.dy, group.board_points, state.models[camera],
+  project_points(view.x, view.y, view.dx, view.dy, group.board_points, cameras[camera],
                  pose.rotation, pose.translation, true);
 
   const Eigen::ArrayXd scale =
@@ -159,6 +159,7 @@ linearisation linearise(const solver_problem& problem, const solver_state& state
   at.g.setZero(layout.camera_columns());
   at.shots.resize(problem.shots.size());
   at.sample_count = 2 * state.weights.sum();
+  const std::vector<camera_frame> cameras(state.models.begin(), state.models.end());
   view_rows view;
   for (std::size_t i = 0; i < problem.shots.size(); ++i) {
     const shot_reference& shot = problem.shots[i];
@@ -169,7 +170,7 @@ linearisation linearise(const solver_problem& problem, const solver_state& state
     equations.b.setZero(touched.columns, layout.pose_columns());
     equations.g.setZero(layout.pose_columns());
     for (std::size_t entry = 0; entry < group.cameras.size(); ++entry) {
-      fill_rows(view, problem, state, shot, i, entry, sigma);
+      fill_rows(view, problem, state, cameras, shot, i, entry, sigma);
       at.cost += add_view(at, equations, view, layout, group.cameras[entry],
                           touched.local_first[touched.entry[entry]]);
     }

@@ -160,13 +160,14 @@ double squared_error(const solver_problem& problem, solver_state& state, double 
                      bool reject_now) {
   const double unit = std::max(1.0, sigma);
   double sum = 0;
+  const std::vector<camera_frame> cameras(state.models.begin(), state.models.end());
   Eigen::ArrayXd x, y, squares;
   for (std::size_t i = 0; i < problem.shots.size(); ++i) {
     const shot_reference& shot = problem.shots[i];
     const view_group& group = problem.groups[shot.group];
     const Index n = group.board_points.cols();
     for (std::size_t entry = 0; entry < group.cameras.size(); ++entry) {
-      project_points(x, y, group.board_points, state.models[group.cameras[entry]],
+      project_points(x, y, group.board_points, cameras[group.cameras[entry]],
                      state.poses[i].rotation, state.poses[i].translation);
       auto weights = state.weights.segment(shot.first_weight + static_cast<Index>(entry) * n, n);
       const Eigen::Matrix2Xd& observed = group.shots[shot.shot][entry];

@@ -338,34 +338,6 @@ TEST(DerivativeMap, HoldsEveryKeyButTheLaw) {
   EXPECT_EQ(held, 23);
 }
 
-// --- the monotonic limit ---
-
-TEST(MonotonicLimit, IsOutOfReachWithoutDistortion) { EXPECT_EQ(monotonic_limit(0, 0, 0), 1e12); }
-
-TEST(MonotonicLimit, OfACubicIsItsTurningPoint) {
-  EXPECT_DOUBLE_EQ(monotonic_limit(0.1, -0.2, 0), std::sqrt(1.1 / 0.6));
-  EXPECT_EQ(monotonic_limit(0.1, 0.2, 0), 1e12);
-  EXPECT_EQ(monotonic_limit(0, -1e-13, 0), 1e12);  // r1 itself negligible
-}
-
-TEST(MonotonicLimit, TakesAnEvenSmallerQuinticTermForNone) {
-  // 1e-13 below 0.2 * 1e-12: the quintic root would be some 1e6 away all the same.
-  EXPECT_DOUBLE_EQ(monotonic_limit(0, -0.2, 1e-13), std::sqrt(1 / 0.6));
-}
-
-TEST(MonotonicLimit, OfAQuinticIsItsSmallestTurningPoint) {
-  // f' = 1 - 0.6 * 3 c^2 ... : 1 + 3 r1 u + 5 r2 u^2 = 0 with r1 = -0.5, r2 = 0.1:
-  // u = (1.5 -+ sqrt(2.25 - 2)) / 1 = 1 or 2.
-  EXPECT_NEAR(monotonic_limit(0, -0.5, 0.1), 1.0, 1e-12);
-  // r1 = 0.5, r2 = -0.7: 1 + 1.5 u - 3.5 u^2 = 0, u = 0.79087.
-  EXPECT_NEAR(monotonic_limit(0, 0.5, -0.7), std::sqrt((1.5 + std::sqrt(2.25 + 14)) / 7), 1e-12);
-}
-
-TEST(MonotonicLimit, OfAQuinticWithoutTurningPointIsOutOfReach) {
-  EXPECT_EQ(monotonic_limit(0, 0.1, 0.1), 1e12);
-  EXPECT_EQ(monotonic_limit(0, -0.1, 0.5), 1e12);
-}
-
 // --- back-projection ---
 
 TEST(UnprojectPoints, GivesUnitRaysThatProjectBackToTheirPixels) {

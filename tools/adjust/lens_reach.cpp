@@ -5,7 +5,7 @@
 
 #include <Eigen/Geometry>
 
-#include "model/projection.h"
+#include "model/camera_frame.h"
 
 namespace ocpan {
 
