@@ -276,6 +276,29 @@ void rig_iteration_ours(benchmark::State& state) {
   }
 }
 
+// What no iteration goes without, ours or Ceres': each view projected once with derivatives
+// and once without.
+void rig_iteration_projections(benchmark::State& state) {
+  const step_4_start start(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
+  if (!start.boards.problem.empty()) return state.SkipWithError(start.boards.problem.c_str());
+  const std::vector<camera_frame> cameras(start.models.begin(), start.models.end());
+  Eigen::ArrayXd x, y;
+  derivative_map dx, dy;
+  for (auto _ : state) {
+    for (const view_group& group : start.groups) {
+      for (const ModelPose& pose : group.poses) {
+        for (const std::size_t camera : group.cameras) {
+          project_points(x, y, dx, dy, group.board_points, cameras[camera], pose.rotation,
+                         pose.translation, true);
+          project_points(x, y, group.board_points, cameras[camera], pose.rotation,
+                         pose.translation);
+        }
+      }
+    }
+    benchmark::DoNotOptimize(dx[C_0].data());
+  }
+}
+
 // Ceres' time beyond its preparations, divided by its iterations, of which each linearises and
 // tries once.
 void rig_iteration_ceres(benchmark::State& state, ceres::LinearSolverType type) {
@@ -369,6 +392,7 @@ void sizes(benchmark::internal::Benchmark* bench) {
 }
 
 BENCHMARK(rig_iteration_ours)->Apply(sizes);
+BENCHMARK(rig_iteration_projections)->Apply(sizes);
 BENCHMARK(rig_iteration_ceres_dense)->Apply(sizes)->UseManualTime()->Iterations(4);
 BENCHMARK(rig_iteration_ceres_iterative)->Apply(sizes)->UseManualTime()->Iterations(4);
 BENCHMARK(rig_step_4_ours)->Apply(sizes)->Iterations(1);
