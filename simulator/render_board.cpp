@@ -86,7 +86,7 @@ struct place_strip {
   int width;  // pixel corners in a row
   std::vector<std::array<double, 2>> places;
   const std::array<double, 2>& at(int row, int column) const {
-    return places[static_cast<std::size_t>(row * width + column)];
+    return places[static_cast<std::size_t>(Index{row} * width + column)];
   }
 };
 

@@ -164,7 +164,7 @@ void write_qa_reports(const std::string& output_file, int last_lens, run_report&
 
   const std::string table_name = output_file + "_distance.csv";
   const std::string table_text =
-      text_of([&](std::ostream& out) { write_distance_table(out, report, fine); });
+      text_of([&, &rows = fine](std::ostream& out) { write_distance_table(out, report, rows); });
   std::ofstream table = open_output(table_name);
   if (!table) {
     print_line("Can not open distance file : ", table_name, "\n");

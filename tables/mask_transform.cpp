@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <source_location>
 #include <string>
 #include <vector>
 
@@ -24,8 +23,8 @@ namespace {
 constexpr std::uint32_t weight_bits = 10;
 
 // Prints a complaint with the place it comes from, under the export's name.
-void complain(const char* message, std::source_location where = std::source_location::current()) {
-  ALG_LIB_PrintTrace(message, "oc_pan_cal", "ocPAN_MaskTransform", static_cast<int>(where.line()));
+void complain(const char* message, int line = __builtin_LINE()) {
+  ALG_LIB_PrintTrace(message, "oc_pan_cal", "ocPAN_MaskTransform", line);
 }
 
 // An open output file. Closes it, and removes it if it is a regular file and keep() wasn't

@@ -44,10 +44,9 @@ int write_camera_polygon(const cal& calibration, std::uint64_t camera, const std
     return code::output_unopened;
   }
   std::array<std::int32_t, polygon_vertices * 3> components;
+  std::size_t filled = 0;
   for (int i = 0; i < polygon_vertices; ++i) {
-    for (int j = 0; j < 3; ++j) {
-      components[static_cast<std::size_t>(3 * i + j)] = to_q24(directions(i, j));
-    }
+    for (int j = 0; j < 3; ++j) components[filled++] = to_q24(directions(i, j));
   }
   return write_bytes(out, output_name, components.data(), sizeof components);
 }
