@@ -25,11 +25,13 @@ std::string board_picture(double turn, double x, double y, double cell, double p
     for (int column = 0; column < width; ++column) {
       int white = 0;
       for (int k = 0; k < samples * samples; ++k) {
+        const int down = k / samples;
         const double dx = column + (k % samples + 0.5) / samples - 0.5 - x;
-        const double dy = row + (k / samples + 0.5) / samples - 0.5 - y;
+        const double dy = row + (down + 0.5) / samples - 0.5 - y;
         const double here = cell * (1 + perspective * dx);
-        white +=
-            is_black((cosine * dx + sine * dy) / here, (cosine * dy - sine * dx) / here) ? 0 : 1;
+        const double u = (cosine * dx + sine * dy) / here;
+        const double v = (cosine * dy - sine * dx) / here;
+        white += is_black(u, v) ? 0 : 1;
       }
       picture += static_cast<char>(20 + 220 * white / (samples * samples));
     }

@@ -25,7 +25,7 @@ bool is_part_of(const std::vector<prod_quad>& list, const std::vector<prod_quad>
 }  // namespace
 
 std::vector<prod_quad> must_build_quads(const std::vector<prod_corner>& corners) {
-  const std::vector<prod_quad> quads = build_quads(corners);
+  std::vector<prod_quad> quads = build_quads(corners);
   must_hold(std::set(quads.begin(), quads.end()).size() == quads.size(), "a quad comes once");
   for (const prod_quad& quad : quads) {
     must_hold(std::set(quad.begin(), quad.end()).size() == 4, "a quad has four corners");

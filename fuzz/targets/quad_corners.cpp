@@ -33,6 +33,7 @@ std::vector<prod_corner> corners_of(byte_source& source) {
   const double turn = source.byte() * pi / 128;
   std::vector<prod_corner> corners;
   for (int k = 0; k < count; ++k) {
+    const int row = k / columns;
     prod_corner corner;
     const double first = turn + (source.byte() - 128) / 512.0;
     const double second = first + pi / 2 + (source.byte() - 128) / 256.0;
@@ -41,7 +42,7 @@ std::vector<prod_corner> corners_of(byte_source& source) {
     corner.e2_x = std::cos(second);
     corner.e2_y = std::sin(second);
     const double x = free ? source.two_bytes() : pitch * (k % columns) + source.byte() / 64.0;
-    const double y = free ? source.two_bytes() : pitch * (k / columns) + source.byte() / 64.0;
+    const double y = free ? source.two_bytes() : pitch * row + source.byte() / 64.0;
     corner.x = std::clamp(x * std::cos(turn) - y * std::sin(turn) + 320, 0.0, picture_side - 0.01);
     corner.y = std::clamp(x * std::sin(turn) + y * std::cos(turn) + 320, 0.0, picture_side - 0.01);
     corners.push_back(corner);
@@ -117,7 +118,7 @@ std::vector<quad_match> must_match(const fixture_scene& scene, const camera_pair
   const std::vector<prod_quad>& second = scene.quads[pair.second];
   const sphere_points& first_points = scene.points[pair.first];
   const sphere_points& second_points = scene.points[pair.second];
-  const auto matches = match_quads(first, second, first_points, second_points);
+  auto matches = match_quads(first, second, first_points, second_points);
   std::size_t next = 0;
   for (const prod_quad& quad : first) {
     for (const prod_quad& other : second) {
