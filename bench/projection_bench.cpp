@@ -5,6 +5,9 @@
 
 #include <benchmark/benchmark.h>
 #include <opencv2/calib3d.hpp>
+#ifdef OCPAN_HAS_OMNIDIR
+#include <opencv2/ccalib/omnidir.hpp>
+#endif
 
 #include "model/projection.h"
 
@@ -51,12 +54,17 @@ void ours(benchmark::State& state, bool derivatives) {
 void project_values(benchmark::State& state) { ours(state, false); }
 void project_with_derivatives(benchmark::State& state) { ours(state, true); }
 
-void opencv(benchmark::State& state, bool jacobian) {
-  const Eigen::Matrix3Xd points = points_before_camera(state.range(0));
+std::vector<cv::Vec3d> object_points(Eigen::Index count) {
+  const Eigen::Matrix3Xd points = points_before_camera(count);
   std::vector<cv::Vec3d> object;
-  for (Eigen::Index i = 0; i < points.cols(); ++i) {
+  for (Eigen::Index i = 0; i < count; ++i) {
     object.emplace_back(points(0, i), points(1, i), points(2, i));
   }
+  return object;
+}
+
+void opencv(benchmark::State& state, bool jacobian) {
+  const std::vector<cv::Vec3d> object = object_points(state.range(0));
   const cv::Matx33d camera(500, 0, 640, 0, 500, 480, 0, 0, 1);
   const cv::Vec4d distortion(0.01, -0.004, 0.0003, 0.0001);
   const cv::Vec3d turn(0.1, 0.1, -0.2), shift(-10, 20, 400);
@@ -74,6 +82,31 @@ void opencv(benchmark::State& state, bool jacobian) {
 }
 void opencv_values(benchmark::State& state) { opencv(state, false); }
 void opencv_with_jacobian(benchmark::State& state) { opencv(state, true); }
+
+#ifdef OCPAN_HAS_OMNIDIR
+// The unified model of a mirror or a fisheye.
+void omnidir(benchmark::State& state, bool jacobian) {
+  const std::vector<cv::Vec3d> object = object_points(state.range(0));
+  const cv::Matx33d camera(500, 0, 640, 0, 500, 480, 0, 0, 1);
+  const cv::Vec4d distortion(0.01, -0.004, 0.0003, 0.0001);
+  const cv::Vec3d turn(0.1, 0.1, -0.2), shift(-10, 20, 400);
+  std::vector<cv::Vec2d> image;
+  cv::Mat derivatives;
+  for (auto _ : state) {
+    if (jacobian) {
+      cv::omnidir::projectPoints(object, image, turn, shift, camera, 1.2, distortion, derivatives);
+    } else {
+      cv::omnidir::projectPoints(object, image, turn, shift, camera, 1.2, distortion);
+    }
+    benchmark::DoNotOptimize(image.data());
+  }
+  per_point(state);
+}
+void omnidir_values(benchmark::State& state) { omnidir(state, false); }
+void omnidir_with_jacobian(benchmark::State& state) { omnidir(state, true); }
+BENCHMARK(omnidir_values)->Arg(54)->Arg(393216);
+BENCHMARK(omnidir_with_jacobian)->Arg(54)->Arg(393216);
+#endif
 
 // As many points as one table has, in boards of 54: the size in which the solver meets them.
 void project_boards_with_derivatives(benchmark::State& state) {
