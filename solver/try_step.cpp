@@ -8,6 +8,7 @@
 
 #include "model/dense_svd.h"
 #include "model/projection.h"
+#include "model/resize.h"
 
 namespace ocpan {
 namespace {
@@ -66,6 +67,8 @@ struct elimination_scratch {
 void eliminate_shot(reduced_system& system, const shot_equations& shot, const pose_matrix& inverse,
                     const touched_cameras& touched, const column_layout& layout,
                     elimination_scratch& scratch) {
+  resize(scratch.weighted, shot.b.rows(), inverse.cols());
+  resize(scratch.shift, shot.b.rows(), 1);
   scratch.weighted.noalias() = shot.b * inverse;
   scratch.shift.noalias() = scratch.weighted * shot.g;
   for (std::size_t i = 0; i < touched.cameras.size(); ++i) {
@@ -171,6 +174,7 @@ double squared_error(const solver_problem& problem, solver_state& state, double 
                      state.poses[i].rotation, state.poses[i].translation);
       auto weights = state.weights.segment(shot.first_weight + static_cast<Index>(entry) * n, n);
       const Eigen::Matrix2Xd& observed = group.shots[shot.shot][entry];
+      resize(squares, n, 1);
       squares = (weights * (observed.row(0).transpose().array() - x)).square() +
                 (weights * (observed.row(1).transpose().array() - y)).square();
       sum += squares.sum();
