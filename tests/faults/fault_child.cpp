@@ -192,7 +192,6 @@ void fault_in_child(const export_job& job, const good_run& good, const fault& wh
   int code = 0;
   controls()->tell_first_failure(&page()->refused_at);
   const resources kept = kept_by_run(job, which, code);
-  controls()->tell_first_failure(nullptr);
   page()->calls = controls()->calls();
   page()->fired = controls()->failures() > 0;
   page()->code = code;
@@ -203,6 +202,7 @@ void fault_in_child(const export_job& job, const good_run& good, const fault& wh
   if (problem.empty() && !nothing_kept(kept) && keeps_more_each_time(job, good, which)) {
     track_who_keeps(job, good, which);
   }
+  controls()->tell_first_failure(nullptr);  // not before: another call fails in each repeat
 }
 
 }  // namespace
