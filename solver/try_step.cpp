@@ -52,7 +52,7 @@ void subtract_product(MatrixXd& whole, Index first_row, Index first_column,
   static constexpr decltype(&subtract_product<1>) of_columns[] = {
       subtract_product<1>, subtract_product<2>, subtract_product<3>,
       subtract_product<4>, subtract_product<5>, subtract_product<6>};
-  if (left.cols() == 0) return;
+  if (left.size() == 0) return;
   of_columns[left.cols() - 1](whole, first_row, first_column, left, right);
 }
 
