@@ -59,34 +59,59 @@ VectorXd joint_step(const solver_problem& problem, const linearisation& at, doub
   return m.ldlt().solve(g);
 }
 
-TEST(TryStep, SolvesTheJointDampedSystem) {
-  const small_problem made;
-  const free_parameters free(3, {H_0, V_2, C_1, L});
-  const solver_problem problem = made.problem(free);
-  const solver_state state = start_state(problem, made.models);
+double part_of(const ModelPose& pose, pose_param_name key) {
+  return key < T_0 ? pose.rotation[key - R_0] : pose.translation[key - T_0];
+}
+
+// Compares a trial's moves with the joint step; gives how many there are.
+int expect_joint_step(const solver_problem& problem, const rig& models) {
+  const solver_state state = start_state(problem, models);
   column_scales scales(problem.layout);
   const linearisation at = linearise(problem, state, 3.0, scales);
   const trial_step trial = try_step(problem, state, at, scales, 0.01, 3.0, false);
   const VectorXd step = joint_step(problem, at, 0.01);
-  int checks = 0;
-  for (std::size_t j = 0; j < problem.layout.columns.size(); ++j) {
-    const auto [camera, key] = problem.layout.columns[j];
+  const column_layout& layout = problem.layout;
+  Index next = 0;
+  for (; next < layout.camera_columns(); ++next) {
+    const auto [camera, key] = layout.columns[static_cast<std::size_t>(next)];
     const double moved = trial.state.models[camera].at(key) - state.models[camera].at(key);
-    const double expected = step[static_cast<Index>(j)] / scales.camera[static_cast<Index>(j)];
+    const double expected = step[next] / scales.camera[next];
     EXPECT_NEAR(moved, expected, 1e-8 * std::max(1.0, std::abs(expected)));
-    ++checks;
   }
   for (std::size_t i = 0; i < problem.shots.size(); ++i) {
-    const Index p = problem.layout.camera_columns() + 6 * static_cast<Index>(i);
-    for (Index k = 0; k < 3; ++k) {
-      EXPECT_NEAR(trial.state.poses[i].rotation[k] - state.poses[i].rotation[k],
-                  step[p + k] / scales.pose[k], 1e-9);
-      EXPECT_NEAR(trial.state.poses[i].translation[k] - state.poses[i].translation[k],
-                  step[p + 3 + k] / scales.pose[3 + k], 1e-6);
-      checks += 2;
+    for (Index k = 0; k < layout.pose_columns(); ++k) {
+      const pose_param_name key = layout.pose[static_cast<std::size_t>(k)];
+      const double moved = part_of(trial.state.poses[i], key) - part_of(state.poses[i], key);
+      EXPECT_NEAR(moved, step[next++] / scales.pose[k], key < T_0 ? 1e-9 : 1e-6);
     }
   }
-  EXPECT_EQ(checks, 12 + 8 * 6);
+  return static_cast<int>(next);
+}
+
+TEST(TryStep, SolvesTheJointDampedSystem) {
+  const small_problem made;
+  const solver_problem problem = made.problem(free_parameters(3, {H_0, V_2, C_1, L}));
+  EXPECT_EQ(expect_joint_step(problem, made.models), 12 + 8 * 6);
+}
+
+TEST(TryStep, SolvesItForAnyNumberOfFreePoseNumbers) {
+  const small_problem made;
+  for (std::size_t count = 0; count <= 6; ++count) {
+    auto poses = free_poses();
+    poses.resize(count);
+    const solver_problem problem = make_problem(made.groups, free_parameters(3, {H_0, V_2, C_1}),
+                                                poses, made.terms, {}, made.settings);
+    EXPECT_EQ(expect_joint_step(problem, made.models), 9 + 8 * static_cast<int>(count));
+  }
+}
+
+TEST(TryStep, SolvesItWithCamerasThatHaveNothingFree) {
+  const small_problem made;
+  for (const std::size_t held : {0, 1, 2}) {
+    free_parameters free(3, {H_0, V_2});
+    free[held].clear();
+    EXPECT_EQ(expect_joint_step(made.problem(free), made.models), 4 + 8 * 6) << held;
+  }
 }
 
 TEST(TryStep, RenewsTheLawFromItsVariable) {
