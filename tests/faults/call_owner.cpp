@@ -66,6 +66,8 @@ call_owner owner_of(std::span<void* const> stack) {
   for (void* frame : stack) {
     if (!frame) break;
     const call_place place = place_of(frame);
+    // The C library keeps the block of a thread that ended for the next one.
+    if (place.function == "pthread_create") return {text_of(place), false};
     if (is_runtime(place.file) || place.function.starts_with("std::")) continue;
     // Eigen's code lies within ours.
     const bool eigens = place.function.find("Eigen::") < place.function.find("ocpan::");

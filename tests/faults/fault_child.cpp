@@ -35,7 +35,7 @@ struct shared_page {
   int code, death_signal;
   long calls;
   call_stack refused_at, died_at;
-  long kept_count;
+  long kept_count, kept_threads;
   kept_resource kept[200];
   char problem[1000];
   char details[6000];
@@ -123,7 +123,7 @@ void name_who_died(int status) {
 }
 
 void name_who_keeps() {
-  page()->foreign = true;
+  page()->foreign = page()->kept_threads <= 0;  // others' threads stay from the first run on
   std::set<std::string> names;
   std::string details;
   for (const kept_resource& resource : std::span(page()->kept, page()->kept_count)) {
@@ -171,11 +171,13 @@ resources kept_by_run(const export_job& job, const fault& which, int& code) {
 
 void track_who_keeps(const export_job& job, const good_run& good, const fault& which) {
   put_back(job, good);
+  const long threads = resources_now().threads;
   controls()->begin_tracking();
   controls()->arm(which.kind, which.nth, which.lasting);
   static_cast<void>(job.run());
   controls()->disarm();
   page()->kept_count = controls()->end_tracking(page()->kept, std::size(page()->kept));
+  page()->kept_threads = resources_now().threads - threads;
 }
 
 // A run again and again, until one keeps nothing: what is made once is no leak.
