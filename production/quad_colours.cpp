@@ -42,7 +42,7 @@ OCPAN_VECTOR_CLONES void mark_inside(double* __restrict inside, const triangle& 
     const double u = (offset_x * c_y - offset_y * c_x) / area;
     const double v = (b_x * offset_y - b_y * offset_x) / area;
     const double before = inside[k];
-    inside[k] = (u >= 0) & (v >= 0) & (u + v <= 1) ? 1.0 : before;
+    inside[k] = ((u >= 0) & (v >= 0) & (u + v <= 1)) ? 1.0 : before;
   }
 }
 

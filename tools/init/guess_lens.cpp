@@ -48,7 +48,8 @@ lens_fit best_fit(camera_details camera, int lens, double widest,
   camera.lens = lens;
   lens_fit best;
   const auto try_all = [&](double from, double to, double step) {
-    for (double degrees = from; degrees <= to; degrees += step) {
+    for (int k = 0; from + k * step <= to; ++k) {
+      const double degrees = from + k * step;
       camera.hfov = static_cast<float>(degrees);
       const double error = error_under(camera, boards, points);
       if (error < best.error) best = {degrees, error};
