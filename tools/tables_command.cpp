@@ -131,7 +131,8 @@ int run_maker(const tables_options& options, const table_maker& maker) {
 }
 
 CLI::App* add_tables_command(CLI::App& tool, int& exit_code, const std::string& what,
-                             table_maker maker, const std::shared_ptr<tables_options>& options) {
+                             const table_maker& maker,
+                             const std::shared_ptr<tables_options>& options) {
   CLI::App* command = tool.add_subcommand(maker.command, what);
   command->add_option("CALIBRATION", options->calibration, "The rig's calibration")
       ->type_name("FILE")

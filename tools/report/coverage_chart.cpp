@@ -59,7 +59,7 @@ void count_board(cell_grid& grid, const std::vector<cv::Point2f>& hull) {
     for (int column = 0; column < grid.columns; ++column) {
       const Eigen::Vector2d middle = middle_of(grid, column, row);
       const cv::Point2f point(static_cast<float>(middle.x()), static_cast<float>(middle.y()));
-      const auto cell = static_cast<std::size_t>(row * grid.columns + column);
+      const auto cell = static_cast<std::size_t>(std::ptrdiff_t{row} * grid.columns + column);
       if (cv::pointPolygonTest(hull, point, false) >= 0) ++grid.boards[cell];
     }
   }
@@ -93,7 +93,7 @@ std::string cells(const plot& p, const cell_grid& grid) {
   const double scale = x_at(p, grid.size) - x_at(p, 0);
   for (int row = 0; row < grid.rows; ++row) {
     for (int column = 0; column < grid.columns; ++column) {
-      const auto cell = static_cast<std::size_t>(row * grid.columns + column);
+      const auto cell = static_cast<std::size_t>(std::ptrdiff_t{row} * grid.columns + column);
       if (grid.boards[cell] == 0) continue;
       content += box(x_at(p, column * grid.size - 0.5), y_at(p, row * grid.size - 0.5), scale + 0.3,
                      scale + 0.3, joined("fill=\"", shade(grid.boards[cell]), "\""));
