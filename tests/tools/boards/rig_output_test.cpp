@@ -6,6 +6,7 @@
 
 #include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
+#include "tests/tools/pair_configuration.h"
 
 namespace ocpan {
 namespace {
@@ -20,18 +21,7 @@ class RigOutput : public ::testing::Test {
     std::filesystem::create_directory("out");
     for (const char* picture : {"in/a1.png", "in/a2.png", "in/b1.png"}) write_file(picture, "p");
     write_file("rig.cal", "calibration");
-    write_file(
-        "rig.txt",
-        "base_directory: 'in'\noutput_filename: 'out/found.cal'\ncamera_info:\n"
-        "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-        "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-        "calibration_sets:\n"
-        "  - set_name: 'one', board_scale: 25.0\n    cameras: [1]\n"
-        "    filename_patterns: ['^a\\d\\.png$']\n    board_shape: [4, 3]\n"
-        "  - set_name: 'two', board_scale: 25.0\n    cameras: [2]\n"
-        "    filename_patterns: ['^b\\d\\.png$']\n    board_shape: [4, 3]\n"
-        "  - set_name: 'both', board_scale: 25.0\n    cameras: [1, 2]\n"
-        "    filename_patterns: ['^a\\d\\.png$', '^b\\d\\.png$']\n    board_shape: [4, 3]\n");
+    write_file("rig.txt", testing::pair_configuration("in", "out/found.cal"));
   }
 
   static std::string why_not(const std::string& output) {

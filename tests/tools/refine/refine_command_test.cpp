@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/tools/pair_configuration.h"
 #include "tests/tools/tool_process.h"
 #include "tools/refine/refine_run.h"
 
@@ -39,17 +40,7 @@ TEST(RefineCommand, RefusesToOverwriteItsInput) {
 TEST(RefineCommand, RefusesToOverwriteAPicture) {
   const working_folder folder;
   for (const char* picture : {"a1.png", "b1.png"}) write_file(picture, "kept");
-  write_file("rig.txt",
-             "base_directory: '.'\noutput_filename: 'found.cal'\ncamera_info:\n"
-             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-             "calibration_sets:\n"
-             "  - set_name: 'one', board_scale: 25.0\n    cameras: [1]\n"
-             "    filename_patterns: ['^a\\d\\.png$']\n    board_shape: [4, 3]\n"
-             "  - set_name: 'two', board_scale: 25.0\n    cameras: [2]\n"
-             "    filename_patterns: ['^b\\d\\.png$']\n    board_shape: [4, 3]\n"
-             "  - set_name: 'both', board_scale: 25.0\n    cameras: [1, 2]\n"
-             "    filename_patterns: ['^a\\d\\.png$', '^b\\d\\.png$']\n    board_shape: [4, 3]\n");
+  write_file("rig.txt", testing::pair_configuration(".", "found.cal"));
   const tool_run out = run_here("refine rig.cal rig.txt --out b1.png");
   EXPECT_EQ(out.code, 3);
   EXPECT_NE(out.err.find("--out: b1.png is an input"), std::string::npos) << out.err;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "include/oc_pan_cal.h"
+#include "tests/tools/pair_configuration.h"
 #include "tests/tools/report/report_scene.h"
 #include "tests/tools/tool_process.h"
 #include "tools/report/camera_charts.h"
@@ -232,17 +233,7 @@ TEST_F(ReportPage, RigWithoutAnyBoardStillMakesAPage) {
 TEST(ReportCommand, RefusesToOverwriteAPicture) {
   const testing::working_folder folder;
   for (const char* picture : {"a1.png", "b1.png"}) write_file(picture, "kept");
-  write_file("rig.txt",
-             "base_directory: '.'\noutput_filename: 'found.cal'\ncamera_info:\n"
-             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-             "  - width: 160, height: 120, hfov: 60, lens: 0\n"
-             "calibration_sets:\n"
-             "  - set_name: 'one', board_scale: 25.0\n    cameras: [1]\n"
-             "    filename_patterns: ['^a\\d\\.png$']\n    board_shape: [4, 3]\n"
-             "  - set_name: 'two', board_scale: 25.0\n    cameras: [2]\n"
-             "    filename_patterns: ['^b\\d\\.png$']\n    board_shape: [4, 3]\n"
-             "  - set_name: 'both', board_scale: 25.0\n    cameras: [1, 2]\n"
-             "    filename_patterns: ['^a\\d\\.png$', '^b\\d\\.png$']\n    board_shape: [4, 3]\n");
+  write_file("rig.txt", testing::pair_configuration(".", "found.cal"));
   const tool_run run = run_here("report rig.cal rig.txt --out b1.png");
   EXPECT_EQ(run.code, OCPAN_OUTPUT);
   EXPECT_NE(run.err.find("--out: b1.png is an input"), std::string::npos) << run.err;
