@@ -11,11 +11,13 @@ namespace ocpan {
 void write_line(const std::string& text);
 
 // Prints the items side by side as one line, in the classic locale and the stream's
-// default number format.
+// default number format. Throws std::bad_alloc, and prints nothing, when there is no memory
+// for the line.
 template <typename... Items>
 void print_line(const Items&... items) {
   std::ostringstream line;
   line.imbue(std::locale::classic());
+  line.exceptions(std::ios::badbit);  // or a failed allocation would cut the line short
   (line << ... << items);
   write_line(line.str());
 }

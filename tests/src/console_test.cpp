@@ -1,12 +1,31 @@
 #include "src/console.h"
 
+#include <atomic>
+#include <cstdlib>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <locale>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+namespace {
+
+// Of more bytes than these there is no memory.
+std::atomic<std::size_t> largest_block = std::numeric_limits<std::size_t>::max();
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = size <= largest_block ? std::malloc(size > 0 ? size : 1) : nullptr;
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace ocpan {
 namespace {
@@ -39,6 +58,16 @@ TEST(PrintLine, FlushesEachLine) {
   print_line("a ", 1);
   print_line("");
   EXPECT_EQ(recorder.flushed, (std::vector<std::string>{"a 1\n", "\n"}));
+  EXPECT_EQ(recorder.waiting, "");
+}
+
+TEST(PrintLine, PrintsNoPartOfALineForWhichThereIsNoMemory) {
+  flush_recorder recorder;
+  const std::string name(10000, 'a');
+  largest_block = 5000;
+  EXPECT_THROW(print_line("Couldn't open: ", name), std::bad_alloc);
+  largest_block = std::numeric_limits<std::size_t>::max();
+  EXPECT_TRUE(recorder.flushed.empty());
   EXPECT_EQ(recorder.waiting, "");
 }
 
