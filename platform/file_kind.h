@@ -12,4 +12,10 @@ enum class file_kind { regular, folder, other };  // other: a device, or nothing
 //   path   the operating system's form
 file_kind kind_of_file(const std::string& path);
 
+// Removes a regular file, the one that a symbolic link leads to and not the link. Leaves
+// anything else alone. Takes no memory.
+//
+//   path   the operating system's form
+void remove_regular_file(const std::string& path);
+
 }  // namespace ocpan

@@ -1,20 +1,11 @@
 #include "platform/text_file.h"
 
-#include <cstdio>
 #include <locale>
 
 #include "platform/file_kind.h"
 #include "platform/native_path.h"
 
 namespace ocpan {
-namespace {
-
-// Takes no memory.
-void remove_regular_file(const std::string& native) {
-  if (kind_of_file(native) == file_kind::regular) std::remove(native.c_str());
-}
-
-}  // namespace
 
 std::ifstream open_input(std::string_view path, std::ios::openmode mode) {
   const std::string native = native_path(path);

@@ -38,7 +38,7 @@ class mask_file {
   ~mask_file() {
     if (!file_) return;
     std::fclose(file_);
-    if (!kept_ && kind_of_file(name_) == file_kind::regular) std::remove(name_.c_str());
+    if (!kept_) remove_regular_file(name_);
   }
   mask_file(const mask_file&) = delete;
   mask_file& operator=(const mask_file&) = delete;
