@@ -8,7 +8,6 @@
 
 #include "platform/native_path.h"
 #include "platform/terminal.h"
-#include "platform/text_file.h"
 #include "src/console.h"
 #include "tools/cal_advice.h"
 #include "tools/cal_checks.h"
@@ -16,6 +15,7 @@
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
 #include "tools/refine/refine_run.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -62,14 +62,6 @@ void forget_json(const std::string& path) {
   }
 }
 
-bool write_json(const std::string& path, const std::string& text) {
-  std::ofstream out = open_output(path);
-  out << text << '\n';
-  if (finish_output(out, path)) return true;
-  complain(native_path(path), " couldn't be written; free space on its disk");
-  return false;
-}
-
 // Refines what the run found; gives the exit code of that.
 int refine_too(const cal_options& options, const std::string& calibration) {
   refine_options refinement;
@@ -110,7 +102,7 @@ int run_cal(const cal_options& options, const std::string& program) {
     explain_failure(story, options, exit_code);
   }
   const bool calibrated = exit_code == OCPAN_SUCCESS;
-  if (!options.json.empty() && !write_json(options.json, cal_json(story, exit_code)) &&
+  if (!options.json.empty() && !write_text(options.json, cal_json(story, exit_code) + '\n') &&
       exit_code == OCPAN_SUCCESS) {
     exit_code = OCPAN_OUTPUT;
   }

@@ -15,6 +15,7 @@
 #include "tools/prod_log.h"
 #include "tools/prod_stage.h"
 #include "tools/prod_verdict.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -161,12 +162,6 @@ int judge(prod_log_entry& entry, const std::vector<measure_limit>& limits, std::
   return doubts.empty() ? OCPAN_SUCCESS : exit_doubtful;
 }
 
-bool write_json(const std::string& path, const prod_log_entry& entry) {
-  std::ofstream out = open_output(path);
-  out << prod_json(entry);
-  return finish_output(out, path);
-}
-
 const char* verdict_of(int exit_code) {
   switch (exit_code) {
     case OCPAN_SUCCESS:
@@ -218,9 +213,9 @@ int run_prod(const prod_options& options, const std::string& program) {
     complain("--log: ", options.log, " couldn't be written; free space on its disk");
     if (exit_code == OCPAN_SUCCESS) exit_code = OCPAN_OUTPUT;
   }
-  if (!options.json.empty() && !write_json(options.json, entry)) {
-    complain("--json: ", options.json, " couldn't be written; free space on its disk");
-    if (exit_code == OCPAN_SUCCESS) exit_code = OCPAN_OUTPUT;
+  if (!options.json.empty() && !write_text(options.json, prod_json(entry)) &&
+      exit_code == OCPAN_SUCCESS) {
+    exit_code = OCPAN_OUTPUT;
   }
   return exit_code;
 }

@@ -11,6 +11,7 @@
 #include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -40,14 +41,6 @@ Exit codes:
   11   unusable: a calibration would fail or come out wrong
   64   wrong usage)";
 
-int write_json(const rig_check& check, const std::string& path) {
-  std::ofstream out = open_output(path);
-  out << check_json(check) << '\n';
-  if (finish_output(out, path)) return OCPAN_SUCCESS;
-  complain(path, " couldn't be written; free some space or name another file");
-  return OCPAN_OUTPUT;
-}
-
 int run_check(const check_options& options) {
   if (!open_input(options.configuration)) {
     complain(options.configuration,
@@ -71,8 +64,8 @@ int run_check(const check_options& options) {
   }
   for (const std::string& warning : check.warnings) complain(warning);
   print_check(check, options.quiet);
-  if (!options.json.empty()) {
-    if (const int result = write_json(check, options.json); result != OCPAN_SUCCESS) return result;
+  if (!options.json.empty() && !write_text(options.json, check_json(check) + '\n')) {
+    return OCPAN_OUTPUT;
   }
   return exit_code_of(verdict_of(check.findings));
 }

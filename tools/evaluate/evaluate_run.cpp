@@ -5,23 +5,15 @@
 
 #include "include/oc_pan_cal.h"
 #include "platform/terminal.h"
-#include "platform/text_file.h"
 #include "tools/boards/rig_output.h"
 #include "tools/evaluate/evaluate_pictures.h"
 #include "tools/evaluate/judge_hold_out.h"
 #include "tools/messages.h"
 #include "tools/progress_bar.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
-
-bool write_json(const std::string& path, const std::string& text) {
-  std::ofstream out = open_output(path);
-  out << text << '\n';
-  if (finish_output(out, path)) return true;
-  complain(path, " couldn't be written; free space on its disk");
-  return false;
-}
 
 // Whether the frames can be dealt out to so many parts; says so if not.
 bool parts_are_possible(const evaluate_story& story) {
@@ -71,7 +63,7 @@ int run_evaluate(const evaluate_options& options) {
     judge_hold_out(story.found, *story.tested);
   }
   print_evaluation(story);
-  if (!options.json.empty() && !write_json(options.json, evaluation_json(story))) {
+  if (!options.json.empty() && !write_text(options.json, evaluation_json(story) + '\n')) {
     return OCPAN_OUTPUT;
   }
   return exit_code_of(story.found.judged);

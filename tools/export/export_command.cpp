@@ -6,7 +6,6 @@
 
 #include "calfiles/selen360_cal_file.h"
 #include "include/oc_pan_cal.h"
-#include "platform/text_file.h"
 #include "src/console.h"
 #include "src/result_codes.h"
 #include "tools/calibration_check.h"
@@ -14,6 +13,7 @@
 #include "tools/export/rig_export.h"
 #include "tools/messages.h"
 #include "tools/picture_output.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -91,12 +91,7 @@ int run_export(const export_options& options) {
     std::cout << text << std::flush;
     return std::cout ? OCPAN_SUCCESS : OCPAN_OUTPUT;
   }
-  std::ofstream out = open_output(options.out);
-  out << text;
-  if (!finish_output(out, options.out)) {
-    complain(options.out, " couldn't be written; free space on its disk");
-    return OCPAN_OUTPUT;
-  }
+  if (!write_text(options.out, text)) return OCPAN_OUTPUT;
   print_line("rig of ", cameras.size(), " cameras ", options.out);
   return OCPAN_SUCCESS;
 }

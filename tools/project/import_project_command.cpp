@@ -13,6 +13,7 @@
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/project/import_project.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -75,12 +76,7 @@ int run_import(const import_options& options) {
     return OCPAN_INPUT;
   }
   if (const int code = tell(project, in_name)) return code;
-  std::ofstream out = open_output(options.out);
-  out << project.text;
-  if (!finish_output(out, options.out)) {
-    complain(out_name, " couldn't be written; free space on its disk");
-    return OCPAN_OUTPUT;
-  }
+  if (!write_text(options.out, project.text)) return OCPAN_OUTPUT;
   if (!options.quiet) {
     print_line("Project written: ", out_name, ", cameras: ", project.cameras);
   }

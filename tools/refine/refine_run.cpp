@@ -6,13 +6,13 @@
 #include "calfiles/selen360_cal_file.h"
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
-#include "platform/text_file.h"
 #include "src/result_codes.h"
 #include "tools/boards/printed_aside.h"
 #include "tools/boards/rig_output.h"
 #include "tools/messages.h"
 #include "tools/refine/judge_refinement.h"
 #include "tools/refine/refine_story.h"
+#include "tools/text_output.h"
 #include "tools/verdict.h"
 
 namespace ocpan {
@@ -58,14 +58,6 @@ bool save(const refine_story& story) {
   return false;
 }
 
-bool write_json(const std::string& path, const std::string& text) {
-  std::ofstream out = open_output(path);
-  out << text << '\n';
-  if (finish_output(out, path)) return true;
-  complain(native_path(path), " couldn't be written; free space on its disk");
-  return false;
-}
-
 }  // namespace
 
 int run_refine(const refine_options& options) {
@@ -89,7 +81,7 @@ int run_refine(const refine_options& options) {
   if (!options.quiet) print_refinement(story);
   for (const std::string& warning : story.warnings) complain("warning: ", warning);
   for (const std::string& fault : story.faults) complain("nothing is written: ", fault);
-  if (!options.json.empty() && !write_json(options.json, refinement_json(story))) {
+  if (!options.json.empty() && !write_text(options.json, refinement_json(story) + '\n')) {
     return OCPAN_OUTPUT;
   }
   return exit_code_of(story.judged);

@@ -10,7 +10,6 @@
 #include <opencv2/core/utility.hpp>
 
 #include "include/oc_pan_cal.h"
-#include "platform/text_file.h"
 #include "src/console.h"
 #include "tools/boards/rig_output.h"
 #include "tools/common_options.h"
@@ -19,6 +18,7 @@
 #include "tools/report/input_files.h"
 #include "tools/report/report_content.h"
 #include "tools/report/thumbnails.h"
+#include "tools/text_output.h"
 
 namespace ocpan {
 namespace {
@@ -82,13 +82,7 @@ int run_report(const report_options& options) {
   content.versions = versions();
   content.made_at =
       time_text(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
-  const std::string page = report_page(content);
-  std::ofstream out = open_output(options.out, std::ios::binary);
-  out << page;
-  if (!finish_output(out, options.out)) {
-    complain(options.out, " couldn't be written; free space on its disk");
-    return OCPAN_OUTPUT;
-  }
+  if (!write_text(options.out, report_page(content), std::ios::binary)) return OCPAN_OUTPUT;
   if (!options.quiet) print_line(word_of(content.quality.judged), ", report ", options.out);
   return exit_code_of(content.quality.judged);
 }

@@ -8,11 +8,11 @@
 #include "include/oc_pan_cal.h"
 #include "platform/native_path.h"
 #include "platform/terminal.h"
-#include "platform/text_file.h"
 #include "tools/common_options.h"
 #include "tools/messages.h"
 #include "tools/output_check.h"
 #include "tools/progress_bar.h"
+#include "tools/text_output.h"
 #include "tools/verify/verify_report.h"
 #include "tools/verify/verify_run.h"
 
@@ -68,13 +68,8 @@ int run_verify(const verify_options& options) {
     if (const int code = verify_tables(result, options, progress)) return code;
   }
   std::cout << verify_text(result, options.quiet) << std::flush;
-  if (!options.json.empty()) {
-    std::ofstream out = open_output(options.json);
-    out << verify_json(result);
-    if (!finish_output(out, options.json)) {
-      complain(native_path(options.json), " couldn't be written; free space on its disk");
-      return OCPAN_OUTPUT;
-    }
+  if (!options.json.empty() && !write_text(options.json, verify_json(result))) {
+    return OCPAN_OUTPUT;
   }
   return exit_code_of(result.judged);
 }
