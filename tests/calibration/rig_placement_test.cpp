@@ -114,6 +114,35 @@ TEST(PlaceCameras, WithoutAnyPairChangesNothing) {
   EXPECT_EQ(place_cameras({before[0]}, {}), rig{before[0]});
 }
 
+TEST(PlaceCameras, WeighsPositionsByThePairsAloneAndTurnsByTheirPathsToo) {
+  const placed_rig truth;
+  const pair_points points = truth.see({{0, 1}, {0, 2}, {1, 2}, {0, 3}}, 30.0);
+  const rotation_table pairs = align_pairs(points);
+  const rotation_table paths = refine_pairs(pairs, 4);
+  const std::vector<Matrix3d> rotations = rotations_to_first(paths, 4);
+  const std::vector<Vector3d> expected = camera_positions(points, pairs, rotations);
+  const rig placed = place_cameras(four_cameras(), points);
+  for (std::size_t c = 0; c < 4; ++c) {
+    EXPECT_LT((vector_of(placed[c], C_0) - expected[c]).norm(), 1e-9) << c;
+  }
+  EXPECT_GT((camera_positions(points, paths, rotations)[1] - expected[1]).norm(), 0.01);
+}
+
+TEST(PlaceCameras, PointsThatAreNoNumbersPlaceTheOtherCamerasNowhere) {
+  const placed_rig truth;
+  for (const double broken : {std::nan(""), HUGE_VAL}) {
+    pair_points points = truth.see({{0, 1}, {1, 2}, {2, 3}});
+    points[{1, 2}].list0[0](1, 4) = broken;
+    std::vector<Vector3d> positions =
+        camera_positions(points, align_pairs(truth.see({{0, 1}, {1, 2}, {2, 3}})), truth.rotations);
+    EXPECT_EQ(positions[0], Vector3d::Zero());
+    for (std::size_t c = 1; c < 4; ++c) EXPECT_TRUE(positions[c].array().isNaN().all()) << c;
+    const rig placed = place_cameras(four_cameras(), points);
+    EXPECT_EQ(placed[0], four_cameras()[0]);
+    EXPECT_TRUE(std::isnan(placed[1].at(C_0)));
+  }
+}
+
 TEST(RefinePairs, WithTwoCamerasKeepsThePairAsItStands) {
   rotation_table table;
   table[{0, 1}] = {rotation_from_vector({0.3, 0.2, 0.1}), 7};
