@@ -180,6 +180,32 @@ TEST_F(Cal, TakesTheScaleOfTheHistogramsFromTheLastCamera) {
   EXPECT_NE(read_file("out.cal_distance.csv").find("[9800 - 10000)"), std::string::npos);
 }
 
+TEST_F(Cal, GivesEachCameraALensAndPictureOfItsOwn) {
+  const std::string cameras =
+      "  - width: 480, height: 360, hfov: 70, lens: 0\n"
+      "  - width: 640, height: 500, hfov: 180, lens: 1\n"
+      "  - width: 800, height: 700, hfov: 200, lens: 2\n";
+  std::string sets;
+  for (int i = 0; i < 5; ++i) sets += empty_set("[3]");
+  ASSERT_EQ(run_text(config_of(cameras, sets)), OCPAN_SUCCESS);
+  const camera_details expected[] = {{480, 360, 70, 0}, {640, 500, 180, 1}, {800, 700, 200, 2}};
+  selen360_cal_file file(1.0f);
+  ASSERT_EQ(file.load("out.cal"), OCPAN_SUCCESS);
+  ASSERT_EQ(file.models().size(), 3u);
+  for (std::size_t c = 0; c < 3; ++c) {
+    const camera_details& found = file.details()[c];
+    EXPECT_EQ(found.width, expected[c].width) << c;
+    EXPECT_EQ(found.height, expected[c].height) << c;
+    EXPECT_EQ(found.hfov, expected[c].hfov) << c;
+    EXPECT_EQ(found.lens, expected[c].lens) << c;
+    const model_map start = initial_model(expected[c]);
+    for (const parameter_name name : {H_0, H_2, V_1, V_2, L}) {  // no board has moved them
+      EXPECT_NEAR(value_of(file.models()[c], name), value_of(start, name), 1e-3)
+          << c << " " << name;
+    }
+  }
+}
+
 TEST_F(Cal, FailsOnAFullDisk) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP();
   write_file("q", "no picture");
