@@ -42,6 +42,21 @@ TEST(LutFromCalibration, RefusesASmallRadiusOnlyWhereTheFlagIsOne) {
   EXPECT_EQ(run.lut(0.0f, 1, 0), OCPAN_INPUT);
 }
 
+TEST(LutFromCalibration, TakesAnyFlagButZeroAsSet) {
+  table_run run(linear_camera);
+  run.set_mask(0, 255);
+  ASSERT_EQ(run.lut(1, 1, 1), OCPAN_SUCCESS);
+  const std::string small = run.output(0);
+  ASSERT_EQ(run.lut(1, 0, 1), OCPAN_SUCCESS);
+  EXPECT_TRUE(run.output(0) != small);
+  for (const int set : {2, -1, std::numeric_limits<int>::min()}) {
+    EXPECT_EQ(run.lut(1, set, 1), OCPAN_SUCCESS);
+    EXPECT_TRUE(run.output(0) == small) << set;
+    EXPECT_EQ(run.lut(1, 1, set), OCPAN_SUCCESS);
+    EXPECT_TRUE(run.output(0) == small) << set;
+  }
+}
+
 TEST(LutFromCalibration, RadiusThatIsNoNumberPasses) {
   table_run run(linear_camera);
   run.set_mask(0, 255);

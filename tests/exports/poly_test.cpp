@@ -94,6 +94,17 @@ TEST(PolyFromCalibration, RefusesASmallRadiusOnlyWhereTheFlagIsOne) {
             "Couldn't open: " + run.calibration() + "\nLoading Calibration data failed\n");
 }
 
+TEST(PolyFromCalibration, TakesAnyFlagButZeroAsSet) {
+  table_run run(linear_camera);
+  run.set_mask(0, 255);
+  ASSERT_EQ(run.poly(), OCPAN_SUCCESS);
+  const std::string expected = run.output(0);
+  for (const int set : {2, -1, std::numeric_limits<int>::min()}) {
+    EXPECT_EQ(run.poly(1, set), OCPAN_SUCCESS);
+    EXPECT_TRUE(run.output(0) == expected) << set;
+  }
+}
+
 TEST(PolyFromCalibration, FullPictureGivesItsRimALittleEnlarged) {
   table_run run(linear_camera);
   run.set_mask(0, 1);  // any pixel above 0 counts
