@@ -132,6 +132,17 @@ TEST(SetsSection, ReportsAnIncompleteSetAtTheEndOfTheFile) {
                    "filename_patterns 0, board_shape 0, board_scale 0\n");
 }
 
+TEST(SetsSection, TellsOfAnIncompleteSetBeforeItCountsCamerasAndSets) {
+  const std::string camera = "  - width: 10, height: 10, hfov: 60, lens: 0\n";
+  for (const std::string& cameras : {std::string(), camera + camera}) {
+    const config_run run =
+        testing::run_config("base_directory: ''\noutput_filename: 'o'\ncamera_info:\n" + cameras +
+                            "calibration_sets:\n-\n");
+    EXPECT_EQ(run.result, 5);
+    EXPECT_EQ(run.printed.rfind("Calibration Struct details incomplete\n", 0), 0u) << run.printed;
+  }
+}
+
 TEST(SetsSection, AsksForEachOfFiveKeysAndNotForSubdir) {
   const char* const names[] = {"set_name",          "subdir",      "cameras",
                                "filename_patterns", "board_shape", "board_scale"};
