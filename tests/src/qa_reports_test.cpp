@@ -339,6 +339,18 @@ TEST(QaReports, AFullDiskIsBorneInSilence) {
   EXPECT_TRUE(std::filesystem::exists("/dev/full"));
 }
 
+TEST(QaReports, AFullDiskUnderTheTableSparesTheMeasures) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
+  const temp_folder folder;
+  run_report report = three_sets();
+  write_qa_reports(folder.file("whole"), 2, report, 3);
+  std::filesystem::create_symlink("/dev/full", folder.file("rig_distance.csv"));
+  report = three_sets();
+  EXPECT_EQ(printed_by([&] { write_qa_reports(folder.file("rig"), 2, report, 3); }), "");
+  EXPECT_EQ(testing::read_file(folder.file("rig_QA_Measures.txt")),
+            testing::read_file(folder.file("whole_QA_Measures.txt")));
+}
+
 TEST(QaReports, NamesLongerThanABufferStayWhole) {
   const temp_folder folder;
   std::string prefix = folder.path().string();
