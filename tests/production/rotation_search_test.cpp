@@ -41,6 +41,16 @@ search_scene two_cameras(const Eigen::Vector3d& turn) {
   return make_search_scene({{0, 0, 0}, turn}, {{0, 1}});
 }
 
+// The second camera's points are off by a fiftieth of a cell.
+search_scene two_noisy_cameras() {
+  search_scene scene = two_cameras({0.02, -0.03, 0.01});
+  std::mt19937 noise(4);
+  std::normal_distribution<double> shift(0, 0.02 * scene.scale);
+  for (double& coordinate : scene.points[1].reshaped()) coordinate += shift(noise);
+  scene.renew();
+  return scene;
+}
+
 TEST(SearchWorkerCount, LeavesOneProcessorFreeAndTakesAtMostEight) {
   const std::string printed = testing::printed_by([] {
     EXPECT_EQ(search_worker_count(1), 1u);
@@ -103,11 +113,7 @@ TEST(SearchWorker, KeepsTheGuessOfMostInliers) {
 }
 
 TEST(SearchWorker, KeepsTheSmallestErrorAmongAsManyInliers) {
-  search_scene scene = two_cameras({0.02, -0.03, 0.01});
-  std::mt19937 noise(4);
-  std::normal_distribution<double> shift(0, 0.02 * scene.scale);
-  for (double& coordinate : scene.points[1].reshaped()) coordinate += shift(noise);
-  scene.renew();
+  const search_scene scene = two_noisy_cameras();
   const search_inputs inputs = scene.inputs();
   t_data data;
   data.inputs = &inputs;
@@ -167,11 +173,7 @@ TEST(SearchWorker, EndsWellWithoutATrial) {
 }
 
 TEST(RotationSearch, TakesTheBestOfAllWorkers) {
-  search_scene scene = two_cameras({0.02, -0.03, 0.01});
-  std::mt19937 noise(4);
-  std::normal_distribution<double> shift(0, 0.02 * scene.scale);
-  for (double& coordinate : scene.points[1].reshaped()) coordinate += shift(noise);
-  scene.renew();
+  const search_scene scene = two_noisy_cameras();
   const search_inputs inputs = scene.inputs();
   std::srand(3);
   t_data records[3];

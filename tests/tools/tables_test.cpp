@@ -4,22 +4,19 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "simulator/rig_json.h"
+#include "tests/tools/camera_text.h"
 #include "tests/tools/tool_process.h"
 
 namespace ocpan {
 namespace {
 
+using testing::camera_text;
 using testing::read_file;
 using testing::run_here;
 using testing::temp_folder;
 using testing::tool_run;
 using testing::write_file;
 namespace fs = std::filesystem;
-
-const std::string camera_text =
-    "Width:40 Height:30 Lens:0 Hfov:90\n"
-    "C_0:0 C_1:0 C_2:0 A_th:3.14159265 A_ph:0 H_0:20 H_1:0 H_2:-20 V_0:0 V_1:-20 V_2:-15 "
-    "O_th:3.14159265 O_ph:0 rho_0:0 rho_1:0 rho_2:0 L:1\n";
 
 // A folder with a calibration of two cameras and their masks.
 class tables : public ::testing::Test {

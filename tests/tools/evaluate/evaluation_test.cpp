@@ -182,41 +182,32 @@ TEST(EvaluateCalibration, BoardsLeftOutCountAgainstTheirPairHoweverManyOthersThe
   EXPECT_EQ(found.judged, verdict::doubtful);
 }
 
+// Three cameras that look the same way, so that each sees all five boards.
+evaluated_rig make_three_that_see_all() {
+  evaluated_rig made;
+  EXPECT_EQ(make_preset(made.description, "3-lens0"), "");
+  made.description.sets = {{"all", {0, 1, 2}, 5}};
+  made.description.cameras[2].model = turned(made.description.cameras[0].model, 3);
+  EXPECT_EQ(place_boards(made.poses, made.description), "");
+  made.corners = true_corners(made.description, made.poses);
+  return made;
+}
+
 TEST(EvaluateCalibration, CameraApartFromTwoOthersIsNamed) {
-  rig_description description;
-  ASSERT_EQ(make_preset(description, "3-lens0"), "");
-  description.sets = {{"all", {0, 1, 2}, 5}};
-  description.cameras[2].model = turned(description.cameras[0].model, 3);
-  series_poses poses;
-  ASSERT_EQ(place_boards(poses, description), "");
-  const series_corners corners = true_corners(description, poses);
-  std::vector<seen_board> boards;
-  for (std::size_t f = 0; f < 5; ++f) {
-    boards.push_back({0, f, {0, 1, 2}, corners[0][f], board_points(description.board)});
-  }
+  const evaluated_rig made = make_three_that_see_all();
+  std::vector<seen_board> boards = boards_of(made);
   boards[3].corners[1] = boards[2].corners[1];
-  const evaluation found =
-      evaluate_calibration(models_of(description), details_of(description), boards);
+  const evaluation found = evaluate_calibration(made.truth(), made.details(), boards);
   const evaluated_board& out = only_left_out(found);
   EXPECT_EQ(out.frame, 3u);
   EXPECT_EQ(out.suspects, std::vector<std::size_t>{1});
 }
 
 TEST(EvaluateCalibration, PairIsNotBlamedForTheCameraApart) {
-  rig_description description;
-  ASSERT_EQ(make_preset(description, "3-lens0"), "");
-  description.sets = {{"all", {0, 1, 2}, 5}};
-  description.cameras[2].model = turned(description.cameras[0].model, 3);
-  series_poses poses;
-  ASSERT_EQ(place_boards(poses, description), "");
-  const series_corners corners = true_corners(description, poses);
-  std::vector<seen_board> boards;
-  for (std::size_t f = 0; f < 5; ++f) {
-    boards.push_back({0, f, {0, 1, 2}, corners[0][f], board_points(description.board)});
-  }
+  const evaluated_rig made = make_three_that_see_all();
+  std::vector<seen_board> boards = boards_of(made);
   std::swap(boards[3].corners[1], boards[2].corners[1]);
-  const evaluation found =
-      evaluate_calibration(models_of(description), details_of(description), boards);
+  const evaluation found = evaluate_calibration(made.truth(), made.details(), boards);
   EXPECT_TRUE(finds(found, verdict::doubtful, "Cameras 1 and 2: 2 of the 5 boards"));
   EXPECT_TRUE(finds(found, verdict::doubtful, "Cameras 2 and 3: 2 of the 5 boards"));
   EXPECT_FALSE(finds(found, verdict::doubtful, "Cameras 1 and 3"));
