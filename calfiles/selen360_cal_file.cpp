@@ -202,6 +202,7 @@ int selen360_cal_file::cam_hfov(std::uint64_t camera) const {
 
 int selen360_cal_file::cam_project(const std::vector<point_block>& directions, std::uint64_t camera,
                                    std::vector<point_block>& pixels) const {
+  if (directions.empty()) return code::success;  // there may be no such camera
   const camera_frame frame(models_[camera]);
   const double radius = sphere_radius_;
   const Eigen::Vector3d none = Eigen::Vector3d::Zero();

@@ -43,7 +43,7 @@ class selen360_cal_file : public cal {
   [[nodiscard]] int cam_hfov(std::uint64_t camera) const override;
 
   // A direction stands for the point at sphere_radius. The camera must be below
-  // cam_count().
+  // cam_count(), unless there are no directions.
   [[nodiscard]] int cam_project(const std::vector<point_block>& directions, std::uint64_t camera,
                                 std::vector<point_block>& pixels) const override;
 

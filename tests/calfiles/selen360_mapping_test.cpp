@@ -66,6 +66,13 @@ TEST(CalFileProject, NoFacesGiveNoPositions) {
   EXPECT_TRUE(pixels.empty());
 }
 
+TEST(CalFileProject, NoFacesNeedNoCamera) {
+  std::vector<point_block> pixels(2);
+  EXPECT_EQ(selen360_cal_file(1.0f).cam_project({}, 0, pixels), code::success);
+  EXPECT_EQ(one_camera(wide_lens(0, 0, 0)).cam_project({}, 99, pixels), code::success);
+  EXPECT_EQ(pixels.size(), 2u);
+}
+
 TEST(CalFileUnproject, SubtractsTheCentreFromThePointOnTheSphere) {
   Eigen::MatrixX2d pixels(2, 2);
   pixels << 560, 240,  // the ray (0.6, 0, -0.8)
