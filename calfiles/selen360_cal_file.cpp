@@ -127,6 +127,7 @@ void write_details(std::ostream& out, const camera_details& details) {
 void write_model(std::ostream& out, const model_map& model) {
   const char* separator = "";
   for (const auto& [key, value] : model) {
+    if (key < 0 || key >= parameter_count) continue;  // has no name
     out << separator << parameter_text(key) << ':' << value;
     separator = " ";
   }

@@ -27,8 +27,8 @@ class selen360_cal_file : public cal {
   const std::vector<model_map>& models() const { return models_; }
   const std::vector<camera_details>& details() const { return details_; }
 
-  // Writes the calibration, replacing what the file held. Prints why it can't and gives an
-  // internal result code.
+  // Writes the calibration, replacing what the file held; a model's keys beyond LAMBDA are
+  // left out. Prints why it can't and gives an internal result code.
   [[nodiscard]] int save(const std::string& file_name) const;
 
   // Replaces the content. The k-th model line and the k-th line without a model belong to

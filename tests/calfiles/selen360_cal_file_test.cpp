@@ -57,6 +57,15 @@ TEST(CalFileSave, NamesEveryParameterInOrder) {
             "rho_0:13 rho_1:14 rho_2:15 L:16 LAMBDA:17\n");
 }
 
+TEST(CalFileSave, LeavesOutKeysWithoutAName) {
+  const temp_folder folder;
+  const auto before = static_cast<parameter_name>(-1), behind = static_cast<parameter_name>(18);
+  const selen360_cal_file file(
+      {{{before, 5.0}, {C_0, 1.0}, {LAMBDA, 2.0}, {behind, 3.0}}, {{L, 4.0}}}, {});
+  EXPECT_EQ(file.save(folder.file("rig.cal")), code::success);
+  EXPECT_EQ(read_text(folder.file("rig.cal")), "C_0:1 LAMBDA:2\nL:4\n");
+}
+
 TEST(CalFileSave, KeepsSixSignificantDigits) {
   const temp_folder folder;
   const selen360_cal_file file({{{C_0, 3.14159265}, {C_1, 1234567.0}, {C_2, -0.0000123456789}}},
