@@ -7,6 +7,7 @@
 #include <Eigen/LU>
 
 #include "calfiles/polynomial_roots.h"
+#include "model/resize.h"
 #include "src/console.h"
 #include "src/result_codes.h"
 
@@ -190,7 +191,7 @@ int pt_cal::cam_unproject(Eigen::MatrixX3d& points, const Eigen::MatrixX2d& pixe
   const pt_image& image = project_.images[camera];
   const pt_scales scales(project_, image);
   const Eigen::Matrix2d unshear = image.shear_matrix.inverse();
-  points.resize(pixels.rows(), 3);
+  resize(points, pixels.rows(), 3);
   for (Index i = 0; i < pixels.rows(); ++i) {
     points.row(i) = direction_of(pixels.row(i), image, unshear, scales);
   }

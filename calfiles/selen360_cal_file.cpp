@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "model/projection.h"
+#include "model/resize.h"
 #include "platform/text_file.h"
 #include "src/console.h"
 #include "src/result_codes.h"
@@ -235,6 +236,7 @@ int selen360_cal_file::cam_unproject(Eigen::MatrixX3d& points, const Eigen::Matr
   const double radius = sphere_radius_;
   // The centre is subtracted, although a point seen along the ray would want it added: the
   // tables in use are made so.
+  resize(points, pixels.rows(), 3);
   points = ((radius * rays.transpose()) * model_units_per_radius).rowwise() -
            vector_of(model, C_0).transpose();
   return code::success;
