@@ -1,11 +1,13 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <string>
 
 #include <gtest/gtest.h>
 
 #include "calfiles/create_cal.h"
 #include "src/result_codes.h"
+#include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
 
 // The sanitizers bring a malloc of their own.
@@ -30,6 +32,7 @@ void* malloc(std::size_t size) {
 namespace ocpan {
 namespace {
 
+using testing::printed_by;
 using testing::temp_folder;
 using testing::write_file;
 
@@ -77,6 +80,24 @@ TEST(CamUnproject, OfACalibrationFileLeavesAWholeMatrixWithoutMemory) {
 
 TEST(CamUnproject, OfAProjectFileLeavesAWholeMatrixWithoutMemory) {
   expect_whole_matrix_without_memory(*created("i w64 h48 f2 v90\n", false));
+}
+
+TEST(CreateCal, TellsThatThereIsNoMemoryForTheObject) {
+  int refusals = 0;
+  for (const bool use_file_class : {true, false}) {
+    std::unique_ptr<cal> object;
+    int result = 0;
+    const std::string printed = printed_by([&] {
+      allocations_until_failure = 0;
+      result = create_cal(object, "any", use_file_class, 1.0f);
+      allocations_until_failure = -1;
+    });
+    EXPECT_EQ(printed, "Failed to allocate cal object\n");
+    EXPECT_EQ(result, code::out_of_memory);
+    EXPECT_EQ(object, nullptr);
+    ++refusals;
+  }
+  EXPECT_EQ(refusals, 2);
 }
 
 }  // namespace
