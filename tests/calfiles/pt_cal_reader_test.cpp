@@ -57,6 +57,11 @@ TEST(PtCalReader, PanoramaLineWithoutWidthLeavesItZero) {
   EXPECT_EQ(got.project.pano_hfov, 6.283185307179586);
 }
 
+TEST(PtCalReader, PanoramaLineWithoutHeightLeavesItZero) {
+  const reading got = read("p w3000 h1500\np w3000\n");
+  EXPECT_EQ(got.project.pano_size, Eigen::Vector2d(3000, 0));
+}
+
 TEST(PtCalReader, ReadsEveryKeyOfAnImageLine) {
   const reading got = read(
       "i w640 h480 f2.0 v120 y10 p-20 r30 a0.01 b-0.02 c0.03 d4.5 e-5.5 g6 t-7 X1 nfile.jpg\n");
