@@ -7,12 +7,14 @@
 #include "calfiles/pt_cal.h"
 #include "calfiles/selen360_cal_file.h"
 #include "src/result_codes.h"
+#include "tests/calfiles/comma_locale.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan {
 namespace {
 
+using testing::comma_locale;
 using testing::printed_by;
 using testing::temp_folder;
 using testing::write_file;
@@ -60,6 +62,22 @@ TEST(PtCalReader, PanoramaLineWithoutWidthLeavesItZero) {
 TEST(PtCalReader, PanoramaLineWithoutHeightLeavesItZero) {
   const reading got = read("p w3000 h1500\np w3000\n");
   EXPECT_EQ(got.project.pano_size, Eigen::Vector2d(3000, 0));
+}
+
+TEST(PtCalReader, PaysNoHeedToTheHostsLocale) {
+  const comma_locale host;
+  const reading got =
+      read("p w3000.5 h1500 v180.25\ni w640.5 h4800 f2.0 v62.5 a0.125 C1.5,10.5,2,9\n");
+  EXPECT_EQ(got.result, 0);
+  EXPECT_EQ(got.printed, "");
+  EXPECT_EQ(got.project.pano_size, Eigen::Vector2d(3000.5, 1500));
+  EXPECT_DOUBLE_EQ(got.project.pano_hfov, 180.25 * degree);
+  ASSERT_EQ(got.project.images.size(), 1u);
+  const pt_image& image = got.project.images[0];
+  EXPECT_EQ(image.size, Eigen::Vector2d(640.5, 4800));
+  EXPECT_DOUBLE_EQ(image.hfov, 62.5 * degree);
+  EXPECT_EQ(image.lens[0], 0.125);
+  EXPECT_EQ(image.crop_size, Eigen::Vector2d(9, 7));
 }
 
 TEST(PtCalReader, ReadsEveryKeyOfAnImageLine) {

@@ -1,15 +1,14 @@
 #include "calfiles/selen360_cal_file.h"
 
-#include <clocale>
 #include <filesystem>
 #include <iostream>
 #include <limits>
-#include <locale>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "src/result_codes.h"
+#include "tests/calfiles/comma_locale.h"
 #include "tests/calfiles/wide_lens.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
@@ -17,6 +16,7 @@
 namespace ocpan {
 namespace {
 
+using testing::comma_locale;
 using testing::printed_by;
 using testing::read_text;
 using testing::temp_folder;
@@ -84,18 +84,12 @@ TEST(CalFileSave, ReplacesALongerFile) {
 }
 
 TEST(CalFileSave, PaysNoHeedToTheHostsLocale) {
-  struct grouped : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-  };
   const temp_folder folder;
-  const std::locale before = std::locale::global({std::locale::classic(), new grouped});
+  const comma_locale host;
   const selen360_cal_file file({{{C_0, 1234.5}}}, {{1280, 960, 0.5f, 1}});
   EXPECT_EQ(file.save(folder.file("rig.cal")), code::success);
   selen360_cal_file back(1.0f);
   EXPECT_EQ(back.load(folder.file("rig.cal").c_str()), code::success);
-  std::locale::global(before);
   EXPECT_EQ(read_text(folder.file("rig.cal")),
             "Width:1280 Height:960 Lens:1 Hfov:0.5\nC_0:1234.5\n");
   EXPECT_EQ(back.models().at(0).at(C_0), 1234.5);
