@@ -234,6 +234,22 @@ TEST(PtCalReader, SmallestPositiveRootLimitsTheRadius) {
               1e-12);
 }
 
+TEST(PtCal, AppendsTheImagesOfAnotherFile) {
+  const temp_folder folder;
+  write_file(folder.file("first.pts"), "p w500 h70 v90\ni w10 h11 v90\ni w20 h21\n");
+  write_file(folder.file("second.pts"), "i w30 h31 v=0\n");
+  pt_cal calibration;
+  ASSERT_EQ(calibration.load(folder.file("first.pts").c_str()), 0);
+  ASSERT_EQ(calibration.load(folder.file("second.pts").c_str()), 0);
+  ASSERT_EQ(calibration.cam_count(), 3u);
+  EXPECT_EQ(calibration.cam_width(0), 10);
+  EXPECT_EQ(calibration.cam_height(1), 21);
+  EXPECT_EQ(calibration.cam_width(2), 30);
+  // The panorama is the second file's; "=" still means the first image of all.
+  EXPECT_EQ(calibration.project().pano_size, Eigen::Vector2d(2000, 1000));
+  EXPECT_EQ(calibration.project().images[2].hfov, calibration.project().images[0].hfov);
+}
+
 TEST(PtCal, TruncatesItsSizes) {
   const temp_folder folder;
   write_file(folder.file("rig.pts"), "i w100.9 h50.2\ni w-1.5 h1e300\n");
