@@ -63,6 +63,16 @@ TEST(PtCalMapping, RectilinearScalesByTheTangent) {
   expect_pixel(project(calibration, {0.4, 0.1, -1}), 80 + 199.5, -20 + 99.5);
 }
 
+TEST(PtCalMapping, DirectionBehindARectilinearPictureStaysFarOut) {
+  // The tangent of 135 degrees would mirror it to 200 pixels on the other side.
+  const pt_cal calibration = loaded("i w400 h200 f0 v90");
+  const Eigen::RowVector2d right = project(calibration, {1, 0, 1});
+  EXPECT_GT(right[0], 1e12);
+  EXPECT_NEAR(right[1], 99.5, 1e-9);
+  EXPECT_LT(project(calibration, {-1, 0, 1})[0], -1e12);
+  EXPECT_LT(project(calibration, {0, 1, 1})[1], -1e12);
+}
+
 TEST(PtCalMapping, PanoramaSizeCancelsOut) {
   const pt_cal calibration = loaded("p w777 h50 v123\n" + fisheye);
   expect_pixel(project(calibration, {std::sin(0.3), 0, -std::cos(0.3)}), 60 + 199.5, 99.5);
