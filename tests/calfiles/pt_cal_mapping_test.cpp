@@ -230,6 +230,43 @@ TEST(PtCalMapping, UnprojectAndProjectAreInverse) {
   EXPECT_EQ(checked, 240 * 80);
 }
 
+// A crop far beyond the picture, about the same middle: 2e8 pixels per unit tangent, so that
+// even the third order of an angle of 1e-5 is some 1e-7 pixels. The lens and the shift are 0.
+const std::string giant = "i w0 h0 f0 v90 C-200000000,200000000,-200000000,200000000";
+
+TEST(PtCalMapping, TangentIsTheAngleUpToAHundredThousandth) {
+  const pt_cal calibration = loaded(giant);
+  int checks = 0;
+  for (const double u : {9e-6, 1.1e-5, 5e-4}) {
+    const double bent = u <= 1e-5 ? u : std::tan(u);
+    const double x = project(calibration, {std::sin(u), 0, -std::cos(u)})[0] + 0.5;
+    EXPECT_NEAR(x / 2e8, bent, 1e-14 * u) << u;
+    // Back again: the angle's sine.
+    const double back = u <= 1e-5 ? u : std::atan(u);
+    EXPECT_NEAR(unproject(calibration, 2e8 * u - 0.5, -0.5)[0], std::sin(back), 1e-13 * u) << u;
+    ++checks;
+  }
+  EXPECT_EQ(checks, 3);
+}
+
+TEST(PtCalMapping, DirectionIsTheAxisUpToAHundredThousandthOfAPixel) {
+  // The radius counts in pixels of the panorama, 1000 / pi per radian; the picture has 200.
+  const pt_cal calibration = loaded("i w0 h0 f2 v114.59155902616465 C-200,200,-100,100");
+  const double pano = 1000 / 3.141592653589793;
+  int checks = 0;
+  for (const double r : {9e-6, 1.1e-5, 5e-4}) {
+    const Eigen::RowVector3d got = unproject(calibration, r / pano * 200 - 0.5, -0.5);
+    if (r <= 1e-5) {
+      EXPECT_EQ(got[0], 0) << r;
+    } else {
+      EXPECT_NEAR(got[0], r / pano, 1e-6 * r / pano) << r;
+    }
+    EXPECT_NEAR(got[2], -1, 1e-11) << r;
+    ++checks;
+  }
+  EXPECT_EQ(checks, 3);
+}
+
 TEST(PtCalMapping, AppendsABlockForEachBlock) {
   const pt_cal calibration = loaded(fisheye);
   std::vector<point_block> in(2), out(1);
