@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "calfiles/polynomial_roots.h"
 #include "calfiles/pt_cal.h"
 #include "tests/support/temp_folder.h"
 
@@ -161,6 +162,35 @@ TEST(PtCalMapping, LensInversionTakesTheRootNearestToTheDistortedRadius) {
   // c = 1, d = 0: s = 0.25 has the roots 0.5 and -0.5.
   const pt_cal growing = loaded(fisheye + " c1");
   EXPECT_NEAR(unproject(growing, 25 + 199.5, 99.5)[0], std::sin(0.25), 1e-9);
+}
+
+TEST(PtCalMapping, LensInversionTakesTheEarlierOfTwoRootsAsNear) {
+  // With c = 1 / (1 - 2 s) the roots of c z^2 + (1 - c) z - s have s for their mean. Whether
+  // both come out as near in the last bit is rounding, so many such lenses are tried. Half of
+  // 128 pixels is the unit, so that s is exact.
+  constexpr int most = 64 * 64;
+  std::string lines;
+  for (int n = most / 2 + 1; n < most; ++n) {
+    char text[100];
+    std::snprintf(text, sizeof text, "i w256 h128 f2 v90 c%.17g\n", 1 / (1 - 2.0 * n / most));
+    lines += text;
+  }
+  const pt_cal calibration = loaded(lines);
+  int ties = 0;
+  for (std::size_t camera = 0; camera < calibration.cam_count(); ++camera) {
+    const double s = (static_cast<double>(camera) + most / 2 + 1) / most;
+    const Eigen::Vector4d& lens = calibration.project().images[camera].lens;
+    const std::vector<double> roots = real_roots({-s, lens[3], lens[2], lens[1], lens[0]});
+    if (roots.size() != 2 || roots[0] == roots[1]) continue;
+    if (std::abs(roots[0] - s) != std::abs(roots[1] - s)) continue;
+    Eigen::MatrixX3d direction;
+    const Eigen::RowVector2d pixel(64 * s + 127.5, 63.5);
+    ASSERT_EQ(calibration.cam_unproject(direction, pixel, camera), 0);
+    // 256 pixels are 90 degrees.
+    EXPECT_NEAR(direction(0, 0), std::sin(64 * roots[0] / 256 * 90 * degree), 1e-9);
+    ++ties;
+  }
+  EXPECT_GT(ties, 20);
 }
 
 TEST(PtCalMapping, NearestRootNeedNotBeTheRadiusThatWasProjected) {
