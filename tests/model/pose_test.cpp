@@ -25,12 +25,25 @@ TEST(RotationFromVector, TurnsAboutTheVectorByItsLength) {
 }
 
 TEST(RotationFromVector, TakesTheSeriesBelowItsThreshold) {
-  // The second order term 0.5 K^2 of a vector of length 1e-9 is the identity's last bit away.
-  const Vector3d v(0, 0, 1e-9);
+  // I + K + K^2 / 2. On the diagonal the square is lost in the identity, off it it isn't; and
+  // 1 - cos would be exactly 0 here.
+  const Vector3d v(3e-9, 4e-9, 0);
   const Matrix3d r = rotation_from_vector(v);
-  EXPECT_EQ(r(1, 0), 1e-9);
-  EXPECT_EQ(r(0, 1), -1e-9);
-  EXPECT_EQ(r(0, 0), 1 - 0.5e-18);
+  EXPECT_EQ(r(0, 0), 1);
+  EXPECT_EQ(r(0, 2), 4e-9);
+  EXPECT_EQ(r(2, 0), -4e-9);
+  EXPECT_EQ(r(2, 1), 3e-9);
+  EXPECT_EQ(r(1, 2), -3e-9);
+  EXPECT_NEAR(r(0, 1), 6e-18, 1e-32);
+  EXPECT_NEAR(r(1, 0), 6e-18, 1e-32);
+}
+
+TEST(RotationFromVector, TakesTheCosineFromItsThresholdOn) {
+  // 1 - cos is a few of the last bits of 1 here, so its quotient is far from a half.
+  const Vector3d v(0.72e-8, 0.96e-8, 0);  // 1.2e-8 long
+  const double q = (1 - std::cos(v.norm())) / v.squaredNorm();
+  ASSERT_GT(std::abs(q - 0.5), 0.1);
+  EXPECT_NEAR(rotation_from_vector(v)(0, 1), q * v.x() * v.y(), 1e-30);
 }
 
 TEST(RotationDerivatives, AreThoseOfFiniteDifferencesColumnByColumn) {
@@ -59,6 +72,16 @@ TEST(RotationDerivatives, AtZeroAreTheGenerators) {
   EXPECT_EQ(derivatives[1](0, 2), 1);
   EXPECT_EQ(derivatives[2](1, 0), 1);
   for (const Matrix3d& d : derivatives) EXPECT_EQ(d.cwiseAbs().sum(), 2);
+}
+
+TEST(RotationDerivatives, AreThoseOfTheSeriesBelowItsThreshold) {
+  // Those of I + K + K^2 / 2: entry (0, 1) is v_0 v_1 / 2 - v_2, (0, 0) is 1 - (v_1^2 + v_2^2) / 2.
+  const auto derivatives = rotation_derivatives(Vector3d(3e-9, 4e-9, 0));
+  EXPECT_NEAR(derivatives[0](0, 1), 2e-9, 1e-23);
+  EXPECT_NEAR(derivatives[1](0, 1), 1.5e-9, 1e-23);
+  EXPECT_EQ(derivatives[2](0, 1), -1);
+  EXPECT_EQ(derivatives[0](0, 0), 0);
+  EXPECT_NEAR(derivatives[1](0, 0), -4e-9, 1e-23);
 }
 
 TEST(VectorFromRotation, OfTheIdentityIsZero) {
