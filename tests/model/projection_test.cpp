@@ -281,22 +281,6 @@ TEST(ProjectPoints, HasTheDerivativesOfFiniteDifferencesColumnByColumn) {
   EXPECT_EQ(columns, 5 * 23);
 }
 
-TEST(ProjectPoints, TakesACubeForTheLawsDerivativeNearZero) {
-  // At |L| below 1e-8 the radius itself is infinite; just above, both branches meet theta^3/3.
-  for (double law : {2e-3, -2e-3}) {
-    model_map model = initial_model({1000, 1000, 90, 0});
-    model[L] = law;
-    Matrix3Xd point(3, 1);
-    point << 1, 0, -2;
-    ArrayXd x, y;
-    derivative_map dx, dy;
-    project_points(x, y, dx, dy, point, model, Vector3d::Zero(), Vector3d::Zero(), true);
-    const double theta = std::atan2(1, 2);
-    // x = 500 + 500 chi, so its derivative by LAMBDA is 500 theta^3 / 3.
-    EXPECT_NEAR(dx[LAMBDA][0], 500 * theta * theta * theta / 3, 1e-3) << law;
-  }
-}
-
 TEST(DerivativeMap, HoldsEveryKeyButTheLaw) {
   EXPECT_FALSE(derivative_map::contains(L));
   EXPECT_FALSE(derivative_map::contains(-1));
