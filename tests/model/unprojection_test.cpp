@@ -127,6 +127,26 @@ TEST(UnprojectPoints, MovesConvergedPixelsOnUntilTheLastHasConverged) {
   EXPECT_LT(first_error(pair), 1e-15);
 }
 
+TEST(UnprojectPoints, EndsAfterAHundredStepsOfNewton) {
+  // Far out chi + chi^5 = chi0 falls to 0.8 of itself at each step, too slowly for a radius of
+  // 1e13: its root is 398, but a hundred steps lead to 2 037.
+  model_map model;
+  model[A_th] = model[O_th] = 0;  // exactly (0, 0, 1)
+  model[H_0] = model[V_1] = 1;
+  model[rho_2] = 1;
+  model[L] = 1;
+  Matrix2Xd pixel(2, 1);
+  pixel << 1e13, 0;
+  double chi = 1e13;
+  for (int step = 0; step < 100; ++step) {
+    chi -= (chi + std::pow(chi, 5) - 1e13) / (1 + 5 * std::pow(chi, 4));
+  }
+  EXPECT_NEAR(chi, 2037, 1);
+  Matrix3Xd ray;
+  unproject_points(ray, pixel, model);
+  EXPECT_NEAR(ray(0, 0) / ray(2, 0), chi, 1e-6);
+}
+
 TEST(UnprojectPoints, KeepsNobodyWaitingForAPixelThatIsNotANumber) {
   const model_map model = distorted_model(1);
   Matrix2Xd pair(2, 2), alone(2, 1);
