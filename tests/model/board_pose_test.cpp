@@ -94,6 +94,41 @@ TEST(EstimateBoardPose, FitsAllViewsThoughTheFirstAloneChoseTheStart) {
   EXPECT_GT((seen(points, first, both) - in_first).squaredNorm(), 1);
 }
 
+// The gradient of the sum of the squared residuals of all points by the six numbers of a pose,
+// by central differences.
+Eigen::Matrix<double, 6, 1> error_gradient(const Matrix2Xd& pixels, const Matrix3Xd& points,
+                                           const model_map& model, const ModelPose& pose) {
+  Eigen::Matrix<double, 6, 1> gradient;
+  for (int k = 0; k < 6; ++k) {
+    const double step = k < 3 ? 1e-6 : 1e-4;
+    ModelPose up = pose, down = pose;
+    (k < 3 ? up.rotation[k] : up.translation[k - 3]) += step;
+    (k < 3 ? down.rotation[k] : down.translation[k - 3]) -= step;
+    gradient[k] = ((seen(points, model, up) - pixels).squaredNorm() -
+                   (seen(points, model, down) - pixels).squaredNorm()) /
+                  (2 * step);
+  }
+  return gradient;
+}
+
+TEST(EstimateBoardPose, KeepsPointsThatAreFarOff) {
+  const model_map model = initial_model({960, 720, 80, 0});
+  const Matrix3Xd points = board(25);
+  const ModelPose truth{Vector3d(3.1, 0.4, 0.3), Vector3d(-80, 40, -400)};
+  int checks = 0;
+  for (const double off : {60.0, 100.0, 200.0}) {  // pixels, each enough for five steps or more
+    Matrix2Xd pixels = seen(points, model, truth);
+    pixels(0, 8) += off;
+    const ModelPose pose = estimate_board_pose({pixels}, points, {model});
+    // The pose of the least squares of all the points, some way from that of the others.
+    EXPECT_LT(error_gradient(pixels, points, model, pose).norm(),
+              1e-3 * error_gradient(pixels, points, model, truth).norm());
+    EXPECT_GT((pose.translation - truth.translation).norm(), 1) << off;
+    ++checks;
+  }
+  EXPECT_EQ(checks, 3);
+}
+
 TEST(EstimateBoardPose, FacingTheCameraSquarelyIsAHalfTurn) {
   const model_map model = initial_model({960, 720, 80, 0});
   const Matrix3Xd points = board(25);
