@@ -168,6 +168,28 @@ TEST(SolveStage, RejectsOnTheFifthIterationAndNotBefore) {
   EXPECT_EQ(solves, 2);
 }
 
+TEST(SolveStage, RejectsAgainOnEveryFifthIteration) {
+  // The noise is estimated with the largest outlier in it, about a fortieth of that one. Five
+  // times the noise hides the next until the largest has gone.
+  scene s(0.1);
+  s.groups[2].shots[3][1](0, 11) += 3000;
+  s.groups[1].shots[2][0](1, 7) += 250;
+  s.groups[0].shots[4][0](0, 20) += 15;
+  solve_settings settings;
+  settings.reject = true;
+  settings.abs_tol = settings.rel_tol = 0;
+  int solves = 0;
+  for (const auto& [steps, gone] :
+       {std::pair{4, 0}, std::pair{5, 1}, std::pair{9, 1}, std::pair{10, 2}, std::pair{14, 2},
+        std::pair{15, 3}, std::pair{24, 3}}) {
+    settings.max_iterations = steps - 2;
+    EXPECT_EQ(solve(s.start, s.groups, free_lists, settings).report.matched_points, 28 * 30 - gone)
+        << steps;
+    ++solves;
+  }
+  EXPECT_EQ(solves, 7);
+}
+
 TEST(SolveStage, NeverRejectsUnlessAsked) {
   scene s(0.1);
   s.groups[2].shots[3][1](0, 11) += 60;
