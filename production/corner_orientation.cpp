@@ -11,15 +11,22 @@ namespace {
 
 constexpr double reach = 10.0;  // pixels
 
-// The normal density at whole bins round the circle, by the difference of two bins.
-orientations normal_density() {
-  orientations density;
+// The standard normal density at 0 to 16 bins: exp(-k^2 / 2) / sqrt(2 pi).
+constexpr std::array<double, orientation_bins / 2 + 1> normal_density = {
+    0.3989422804014327,     0.24197072451914337,    0.053990966513188063,   0.0044318484119380075,
+    0.00013383022576488537, 1.4867195147342979e-06, 6.0758828498232861e-09, 9.1347204083645953e-12,
+    5.0522710835368927e-15, 1.0279773571668917e-18, 7.6945986267064199e-23, 2.1188192535093538e-27,
+    2.1463837356630605e-32, 7.9988277570068127e-38, 1.0966065593889713e-43, 5.5307095498444164e-50,
+    1.0261630727919036e-56};
+
+// The same round the circle, by the difference of two bins.
+constexpr orientations density_by_difference = [] {
+  orientations density{};
   for (std::size_t bin = 0; bin < orientation_bins; ++bin) {
-    const double distance = static_cast<double>(std::min(bin, orientation_bins - bin));
-    density[bin] = std::exp(-distance * distance / 2) / std::sqrt(2 * pi);
+    density[bin] = normal_density[std::min(bin, orientation_bins - bin)];
   }
   return density;
-}
+}();
 
 }  // namespace
 
@@ -45,11 +52,11 @@ orientations orientation_histogram(const cv::Mat1d& magnitude, const cv::Mat1d& 
 }
 
 orientations smoothed(const orientations& histogram) {
-  static const orientations density = normal_density();
   orientations result{};
   for (std::size_t bin = 0; bin < orientation_bins; ++bin) {
     for (std::size_t from = 0; from < orientation_bins; ++from) {
-      result[bin] += histogram[from] * density[(bin + orientation_bins - from) % orientation_bins];
+      result[bin] += histogram[from] *
+                     density_by_difference[(bin + orientation_bins - from) % orientation_bins];
     }
   }
   return result;

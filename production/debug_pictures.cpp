@@ -14,8 +14,9 @@ namespace {
 constexpr int arm = 5;  // pixels of a cross to each side
 constexpr int font = cv::FONT_HERSHEY_SIMPLEX;
 constexpr double font_scale = 0.35;
-const cv::Scalar red(0, 0, 255);
-const cv::Scalar green(0, 255, 0);
+
+cv::Scalar red() { return {0, 0, 255}; }
+cv::Scalar green() { return {0, 255, 0}; }
 
 cv::Mat coloured(const cv::Mat& picture) {
   cv::Mat colour;
@@ -59,11 +60,11 @@ cv::Mat draw_quads(const cv::Mat& picture, const std::vector<prod_corner>& corne
     for (std::size_t k = 0; k < 4; ++k) {
       const prod_corner& from = corners[static_cast<std::size_t>(quads[q][k])];
       const prod_corner& to = corners[static_cast<std::size_t>(quads[q][(k + 1) % 4])];
-      cv::line(drawn, pixel_of(from), pixel_of(to), green);
+      cv::line(drawn, pixel_of(from), pixel_of(to), green());
       x += from.x / 4;
       y += from.y / 4;
     }
-    draw_centred_number(drawn, q, pixel_of(x, y), red);
+    draw_centred_number(drawn, q, pixel_of(x, y), red());
   }
   return drawn;
 }
@@ -89,7 +90,7 @@ cv::Mat draw_matches(const cv::Mat& picture, const std::vector<prod_corner>& cor
 void write_corner_picture(const cv::Mat& picture, const std::vector<prod_corner>& corners,
                           std::size_t camera) {
   cv::Mat drawn = coloured(picture);
-  for (const prod_corner& corner : corners) draw_cross(drawn, pixel_of(corner), red);
+  for (const prod_corner& corner : corners) draw_cross(drawn, pixel_of(corner), red());
   write_picture("0.ori_point_" + std::to_string(camera), drawn);
 }
 
