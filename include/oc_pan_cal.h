@@ -85,8 +85,9 @@ OCPAN_API int ocPAN_Cal(const char* config_file, qa_summary* summary);
  *   fixture_radius     0.2 to 20, metres
  *   image_paths        camera_count pictures in camera order, of the calibration's sizes
  *   results            out, 3 numbers: the largest and the mean reprojection error in
- *                      pixels, and how many points they were taken from; to be read only
- *                      on success; null if nobody wants them
+ *                      pixels, and the number of samples, two per matched point, one in
+ *                      each of its cameras; to be read only on success; null if nobody
+ *                      wants them
  *
  * Writes debug pictures and the report "Prod_QA_Measures.txt" to ".\tmp\".
  *
@@ -138,7 +139,9 @@ OCPAN_API int ocPAN_PolyFromCalibration(const char* cal_file_name, const char* m
  *   height        17 to 16384 pixels
  *
  * OCPAN_INPUT: no picture in input_file. OCPAN_INVALID: a size out of range, a null name,
- * a picture that isn't square. OCPAN_FAILURE: the ending of output_file is unknown.
+ * a picture that isn't square. OCPAN_FAILURE: the ending of output_file is unknown, or the
+ * input is too large for OpenCV, a side of 32767 pixels or more or a header that it refuses
+ * (60000 by 60000); the output is left empty then.
  */
 OCPAN_API int ocPAN_CreateOsd(const char* input_file, const char* output_file, int width,
                               int height);
