@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 #include "model/projection.h"
 #include "platform/text_file.h"
@@ -84,6 +85,16 @@ void write_camera(std::ostream& out, const prod_measures& m, std::size_t k) {
   out << '\n';
 }
 
+void write_report(std::ostream& out, const prod_measures& m, std::size_t camera_count) {
+  add_line(out, "Camera Number : ", camera_count);
+  add_line(out, "Calibration Sets Number : ", m.pair_reprojection_mean.size());
+  out << '\n';
+  write_total(out, m);
+  out << " ---------Each QA Measures--------- \n";
+  for (std::size_t k = 0; k < m.pair_count.size(); ++k) write_pair(out, m, k);
+  for (std::size_t k = 0; k < m.cam_delta_mean.size(); ++k) write_camera(out, m, k);
+}
+
 }  // namespace
 
 void measure_reprojection(prod_measures& measures, const rig& models,
@@ -140,17 +151,15 @@ void measure_deltas(prod_measures& measures, const std::vector<sphere_points>& b
 }
 
 void write_production_report(const prod_measures& measures, std::size_t camera_count) {
-  std::ofstream out = open_output(report_name);
-  if (!out) return;
-  add_line(out, "Camera Number : ", camera_count);
-  add_line(out, "Calibration Sets Number : ", measures.pair_reprojection_mean.size());
-  out << '\n';
-  write_total(out, measures);
-  out << " ---------Each QA Measures--------- \n";
-  for (std::size_t k = 0; k < measures.pair_count.size(); ++k) write_pair(out, measures, k);
-  for (std::size_t k = 0; k < measures.cam_delta_mean.size(); ++k) write_camera(out, measures, k);
-  // A report that can't be written is lost without a word: the calibration is good.
-  static_cast<void>(finish_output(out, report_name));
+  // However a report is lost, be it for want of a disk or of memory, it is lost without a
+  // word: the refined calibration is good and stands in its file by now.
+  try {
+    std::ofstream out = open_output(report_name);
+    if (!out) return;
+    write_report(out, measures, camera_count);
+    static_cast<void>(finish_output(out, report_name));
+  } catch (const std::bad_alloc&) {
+  }
 }
 
 }  // namespace ocpan

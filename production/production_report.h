@@ -27,7 +27,7 @@ void measure_deltas(prod_measures& measures, const std::vector<sphere_points>& b
                     const std::vector<sphere_points>& after, double scale);
 
 // Writes ".\tmp\Prod_QA_Measures.txt", replacing an older one; radii in metres. Says nothing
-// if the file can't be written.
+// if the file can't be written or there is no memory for it.
 void write_production_report(const prod_measures& measures, std::size_t camera_count);
 
 }  // namespace ocpan

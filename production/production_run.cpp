@@ -64,6 +64,19 @@ std::vector<camera_pair> overlapping_pairs(const rig& models,
   return pairs;
 }
 
+// Hands out the results where its scope ends, however that comes: be it by an exception.
+struct results_at_end {
+  const prod_measures& measures;
+  double* results;  // 3 numbers or null
+
+  ~results_at_end() {
+    if (!results) return;
+    results[0] = measures.reprojection_max;
+    results[1] = measures.reprojection_mean;
+    results[2] = measures.point_count;
+  }
+};
+
 }  // namespace
 
 std::vector<set_config> production_sets(std::span<const char* const> image_paths) {
@@ -104,15 +117,11 @@ int calibrate_in_fixture(const char* calibration_path, const char* output_path,
                          float fixture_radius, std::span<const char* const> image_paths,
                          double* results) {
   prod_measures measures;
+  const results_at_end handed_out{measures, results};
   const int result =
       production_run(output_path, calibration_path, production_sets(image_paths), fixture_radius,
                      line_radius_tolerance, line_direction_sigma, line_position_sigma, &measures);
   if (result == code::success) write_production_report(measures, image_paths.size());
-  if (results) {
-    results[0] = measures.reprojection_max;
-    results[1] = measures.reprojection_mean;
-    results[2] = measures.point_count;
-  }
   return result;
 }
 

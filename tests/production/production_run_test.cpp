@@ -1,80 +1,21 @@
 #include "production/production_run.h"
 
-#include <set>
+#include <array>
+#include <map>
+#include <new>
 
-#include <gtest/gtest.h>
-#include <opencv2/imgcodecs.hpp>
-
-#include "calibration/read_image.h"
-#include "model/rigid_rotation.h"
-#include "platform/processors.h"
-#include "production/corner_detection.h"
-#include "production/corner_refinement.h"
-#include "production/fixture_refinement.h"
 #include "production/production_codes.h"
-#include "production/production_report.h"
-#include "production/quad_colours.h"
-#include "production/quads.h"
-#include "production/rotation_search.h"
-#include "tests/production/fixture_job.h"
-#include "tests/support/captured_output.h"
-#include "tests/support/temp_folder.h"
+#include "tests/production/coarse_run.h"
+#include "tests/production/failing_memory.h"
 
 namespace ocpan {
 namespace {
 
+using testing::failing_array_memory;
 using testing::fixture_job;
-using testing::fixture_rig;
-using testing::printed_by;
+using testing::ProductionRun;
 using testing::read_file;
 using testing::write_file;
-
-// Two cameras before a coarse pattern: small pictures, and a run of a fraction of a second.
-class ProductionRun : public ::testing::Test {
- protected:
-  ProductionRun() { std::filesystem::create_directory("tmp"); }
-
-  static fixture_job render_job(double step_degrees, const std::string& folder,
-                                const fixture_disturbance& disturbance = {0.7 * 7.5, 0.05, 0.0005,
-                                                                          1}) {
-    const rig_description description = fixture_rig(2, {480, 360, 120, 1}, step_degrees, 30);
-    fixture_description fixture = suitable_fixture(description);
-    fixture.cell_degrees = 7.5;
-    return {description, fixture, disturbance, folder};
-  }
-  // A job whose cameras overlap, rendered once for all tests.
-  static fixture_job make_job() {
-    static const testing::temp_folder folder;
-    static const fixture_job rendered = render_job(60, folder.path().string());
-    return {rendered, "."};
-  }
-  int run(fixture_job& job) {
-    int result = 99;
-    printed_ = printed_by([&] { result = job.run(); });
-    return result;
-  }
-  static std::set<std::string> names_in_tmp() {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator("tmp")) {
-      names.insert(entry.path().filename().string());
-    }
-    return names;
-  }
-  // Runs a job that is to fail, over an older output that must not be touched.
-  void expect_failure(fixture_job& job, int result, const std::string& words) {
-    write_file(job.output(), "older");
-    EXPECT_EQ(run(job), result);
-    EXPECT_EQ(printed_, words);
-    EXPECT_EQ(read_file(job.output()), "older");
-    EXPECT_FALSE(std::filesystem::exists("tmp/Prod_QA_Measures.txt"));
-  }
-  static void blank(const std::string& picture) {
-    cv::imwrite(picture, cv::Mat(360, 480, CV_8UC1, cv::Scalar(128)));
-  }
-
-  testing::working_folder folder_;
-  std::string printed_;
-};
 
 TEST_F(ProductionRun, RefinesACalibrationWithoutAWord) {
   fixture_job job = make_job();
@@ -120,85 +61,6 @@ TEST_F(ProductionRun, GivesTheSameBytesFromTheSameStart) {
   EXPECT_EQ(read_file(job.output()), output);
   EXPECT_EQ(first.size(), 7u);
   for (const auto& [name, bytes] : first) EXPECT_TRUE(read_file("tmp/" + name) == bytes) << name;
-}
-
-// The run's stages one after the other, for a single pair: what is handed on, and the
-// numbers that the line has settled on.
-TEST_F(ProductionRun, HandsEachStageWhatTheOneBeforeGave) {
-  // Moved far enough that some matches stay a good part of a cell apart after the search.
-  fixture_job job = render_job(60, ".", {3, 20, 0.02, 1});
-  ASSERT_EQ(run(job), code::success);
-  const std::string output = read_file(job.output());
-  const std::string report = read_file("tmp/Prod_QA_Measures.txt");
-
-  selen360_cal_file start(1000.0F);
-  ASSERT_EQ(start.load(job.files().disturbed_calibration.c_str()), code::success);
-  const rig& models = start.models();
-  constexpr double radius = 1000;
-  const camera_pair pair{0, 1};
-  corner_scratch scratch;
-  std::vector<std::vector<prod_corner>> corners;
-  std::vector<Eigen::Matrix2Xd> pixels(2);
-  std::vector<quad_lists> quads;
-  std::vector<sphere_points> points, turned;
-  for (std::size_t c = 0; c < 2; ++c) {
-    cv::Mat picture;
-    ASSERT_EQ(read_image(picture, job.files().pictures[c].c_str(), 0, 480, 360), code::success);
-    corners.push_back(refine_corners(picture, detect_corner_candidates(picture, scratch)));
-    const auto found = build_quads(corners[c]);
-    quads.push_back(classify_quads(found, quad_intensity_stats(picture, found, corners[c])));
-    pixels[c].resize(2, static_cast<Eigen::Index>(corners[c].size()));
-    Eigen::Index k = 0;
-    for (const prod_corner& corner : corners[c]) pixels[c].col(k++) << corner.x, corner.y;
-    points.push_back(features_to_sphere(models[c], pixels[c],
-                                        build_sphere_grid(models[c], 480, 360, radius), radius));
-  }
-  const double scale = quad_scale(quads, points);
-  std::vector<quad_match> matches =
-      match_quads(quads[0].black, quads[1].black, points[0], points[1]);
-  for (const quad_match& white :
-       match_quads(quads[0].white, quads[1].white, points[0], points[1])) {
-    matches.push_back(white);
-  }
-  const pair_map<corner_index_lists> first_pass{{pair, corner_pairs(matches)}};
-  const pair_map<std::vector<quad_match>> quad_matches{{pair, matches}};
-  const pair_map<point_lists> pair_points{{pair,
-                                           {select_points(points[0], first_pass.at(pair).first),
-                                            select_points(points[1], first_pass.at(pair).second)}}};
-  const std::vector<camera_pair> pairs{pair};
-  const camera_graph graph = build_camera_graph(first_pass);
-  const search_inputs inputs{2,       &graph, &pairs,        &first_pass,
-                             &points, scale,  &quad_matches, &pair_points};
-  std::vector<Eigen::Matrix3d> rotations;
-  std::srand(1);
-  ASSERT_EQ(rotation_search(rotations, inputs, search_worker_count(processor_count())),
-            code::success);
-  rig turned_models;
-  for (std::size_t c = 0; c < 2; ++c) {
-    turned.emplace_back(rotations[c] * points[c]);
-    turned_models.push_back(rotate_model(models[c], rotations[c]));
-  }
-  const pair_map<corner_index_lists> second_pass{
-      {pair, match_nearest(turned[0], turned[1], scale / 2)}};
-  auto measurements = build_pair_measurements(pairs, second_pass, corners, turned, radius);
-  rig refined;
-  refine_rig(refined, measurements, turned_models, measurements, radius, {5, 20, 0.1F});
-
-  prod_measures measures;
-  measure_reprojection(measures, refined, measurements);
-  std::vector<sphere_points> after;
-  for (std::size_t c = 0; c < 2; ++c) {
-    after.push_back(features_to_sphere(refined[c], pixels[c],
-                                       build_sphere_grid(refined[c], 480, 360, radius), radius));
-  }
-  measure_deltas(measures, points, after, scale);
-  EXPECT_EQ(job.max_error(), measures.reprojection_max);
-  EXPECT_EQ(job.mean_error(), measures.reprojection_mean);
-  EXPECT_EQ(job.samples(), measures.point_count);
-  write_production_report(measures, 2);
-  EXPECT_EQ(read_file("tmp/Prod_QA_Measures.txt"), report);
-  ASSERT_EQ(selen360_cal_file(refined, start.details()).save("expected.txt"), code::success);
-  EXPECT_EQ(output, read_file("expected.txt"));
 }
 
 TEST_F(ProductionRun, NeedsNoFolderForItsPictures) {
@@ -310,6 +172,71 @@ TEST_F(ProductionRun, WantsNoResults) {
                                  pictures, nullptr),
             code::success);
 }
+
+TEST_F(ProductionRun, HandsOutItsResultsWhenTheOutputCannotBeWritten) {
+  fixture_job good = make_job();
+  ASSERT_EQ(run(good), code::success);
+  std::filesystem::remove(good.output());
+  std::filesystem::create_directory(good.output());
+  fixture_job failing = good;
+  failing.forget_results();
+  EXPECT_EQ(run(failing), code::output_unopened);
+  EXPECT_EQ(failing.max_error(), good.max_error());
+  EXPECT_EQ(failing.mean_error(), good.mean_error());
+  EXPECT_EQ(failing.samples(), good.samples());
+  EXPECT_GT(good.samples(), 0);
+}
+
+TEST_F(ProductionRun, HandsOutNoughtsIfItFailsBeforeItHasMeasured) {
+  const std::vector<const char*> pictures{"a.png", "b.png"};
+  std::array<double, 3> results{-1, -1, -1};
+  testing::printed_by([&] {
+    EXPECT_EQ(calibrate_in_fixture("none.txt", "refined.txt", 1, pictures, results.data()),
+              code::input_unusable);
+  });
+  EXPECT_EQ(results, (std::array<double, 3>{0, 0, 0}));
+}
+
+#ifdef __GLIBCXX__  // whose streams take the buffer of a file by new[]
+TEST_F(ProductionRun, HandsOutItsResultsWhenMemoryRunsOut) {
+  write_file("calibration.txt", "");
+  const std::vector<const char*> pictures{"a.png", "b.png"};
+  std::array<double, 3> results{-1, -1, -1};
+  const failing_array_memory none([](std::size_t) { return true; });
+  EXPECT_THROW(static_cast<void>(calibrate_in_fixture("calibration.txt", "refined.txt", 1, pictures,
+                                                      results.data())),
+               std::bad_alloc);
+  EXPECT_EQ(results, (std::array<double, 3>{0, 0, 0}));
+}
+
+TEST_F(ProductionRun, LosesTheReportForWantOfMemoryWithoutAWord) {
+  fixture_job good = make_job();
+  ASSERT_EQ(run(good), code::success);
+  const std::string refined = read_file(good.output());
+  std::filesystem::remove(good.output());
+  std::filesystem::remove("tmp/Prod_QA_Measures.txt");
+  fixture_job losing = good;
+  losing.forget_results();
+  int result = 99;
+  printed_ = testing::printed_by([&] {
+    // No memory from where the calibration stands in its file.
+    static const std::filesystem::path output = "refined.txt";
+    const failing_array_memory none([](std::size_t) {
+      std::error_code missing;
+      const auto size = std::filesystem::file_size(output, missing);
+      return !missing && size > 0;
+    });
+    result = losing.run();
+  });
+  EXPECT_EQ(result, code::success);
+  EXPECT_EQ(printed_, "");
+  EXPECT_FALSE(std::filesystem::exists("tmp/Prod_QA_Measures.txt"));
+  EXPECT_EQ(read_file(losing.output()), refined);
+  EXPECT_EQ(losing.max_error(), good.max_error());
+  EXPECT_EQ(losing.mean_error(), good.mean_error());
+  EXPECT_EQ(losing.samples(), good.samples());
+}
+#endif
 
 TEST(ProductionSets, HoldOnePictureEach) {
   const std::vector<const char*> pictures{"a.png", "b.png"};

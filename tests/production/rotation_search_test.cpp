@@ -1,8 +1,6 @@
 #include "production/rotation_search.h"
 
-#include <atomic>
 #include <cstdlib>
-#include <new>
 
 #include <gtest/gtest.h>
 
@@ -11,25 +9,6 @@
 #include "tests/production/search_scene.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/no_new_threads.h"
-
-namespace {
-
-// Counts down to the array allocation that is to fail; negative: none.
-std::atomic<int> allocations_until_failure = -1;
-
-}  // namespace
-
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  if (allocations_until_failure >= 0 && allocations_until_failure-- == 0) return nullptr;
-  return std::malloc(size);
-}
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void* operator new[](std::size_t size) {
-  if (void* memory = std::malloc(size > 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
-}
 
 namespace ocpan {
 namespace {
@@ -232,22 +211,6 @@ TEST(RotationSearch, TakesAWorkerThatNeverStartedForAFailure) {
   EXPECT_EQ(result, -2);
 }
 #endif
-
-TEST(RotationSearch, ComplainsWithoutMemoryForRecordsOrThreads) {
-  const search_scene scene = two_cameras({0, 0, 0});
-  const char* const complaints[] = {"t_data alloc failed\n", "t alloc failed\n"};
-  for (int failing = 0; failing < 2; ++failing) {
-    std::vector<Eigen::Matrix3d> rotations;
-    int result = 0;
-    EXPECT_EQ(testing::printed_by([&] {
-                allocations_until_failure = failing;
-                result = rotation_search(rotations, scene.inputs(), 2);
-                allocations_until_failure = -1;
-              }),
-              complaints[failing]);
-    EXPECT_EQ(result, code::out_of_memory);
-  }
-}
 
 }  // namespace
 }  // namespace ocpan
