@@ -74,11 +74,12 @@ Eigen::Index line_before(double coordinate, Eigen::Index lines) {
 sphere_points intersect_sphere(const Eigen::Vector3d& origin, const Eigen::Matrix3Xd& rays,
                                double radius, bool backward) {
   sphere_points points(3, rays.cols());
-  const double excess = radius * radius - origin.dot(origin);
+  const double square = radius * radius;
+  const double origin_square = origin.dot(origin);
   for (Eigen::Index k = 0; k < rays.cols(); ++k) {
     const Eigen::Vector3d ray = rays.col(k);
     const double b = origin.dot(ray);
-    const double root = std::sqrt(b * b + excess);
+    const double root = std::sqrt(b * b + square - origin_square);
     const double t = backward ? -b - root : -b + root;
     points.col(k) = origin + t * ray;
   }

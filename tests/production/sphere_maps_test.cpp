@@ -64,6 +64,16 @@ TEST(IntersectSphere, GivesNotANumberForARayThatMisses) {
   EXPECT_TRUE(std::isnan(points(0, 0)));
 }
 
+TEST(IntersectSphere, AddsItsSquaresFromLeftToRight) {
+  // The origin's square is 2^54, where doubles stand 4 apart: with 1.5 squared, 2.25, added
+  // it becomes 2^54 + 4, and 4 is left once it is taken off again. Taken off first it would
+  // leave 2 or 2.25.
+  const Eigen::Vector3d origin(134217728, 0, 0);
+  const Eigen::Matrix3Xd ray = Eigen::Vector3d(1, 0, 0);
+  EXPECT_EQ(intersect_sphere(origin, ray, 1.5, false), Eigen::Vector3d(2, 0, 0));
+  EXPECT_EQ(intersect_sphere(origin, ray, 1.5, true), Eigen::Vector3d(-2, 0, 0));
+}
+
 TEST(IntersectSphere, GivesNothingForNoRays) {
   EXPECT_EQ(intersect_sphere({0, 0, 0}, Eigen::Matrix3Xd(3, 0), 5, false).cols(), 0);
 }
