@@ -23,6 +23,12 @@ void* array_memory(std::size_t size) noexcept {
   return std::malloc(size > 0 ? size : 1);
 }
 
+void* object_memory(std::size_t size) noexcept {
+  int& left = ocpan::testing::objects_until_failure;
+  if (left >= 0 && left-- == 0) return nullptr;
+  return std::malloc(size > 0 ? size : 1);
+}
+
 }  // namespace
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
@@ -32,14 +38,14 @@ void* operator new[](std::size_t size) {
   if (void* memory = array_memory(size)) return memory;
   throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return object_memory(size); }
 void* operator new(std::size_t size) {
-  int& left = ocpan::testing::objects_until_failure;
-  const bool fails = left >= 0 && left-- == 0;
-  if (void* memory = fails ? nullptr : std::malloc(size > 0 ? size : 1)) return memory;
+  if (void* memory = object_memory(size)) return memory;
   throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
