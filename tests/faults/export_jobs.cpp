@@ -117,6 +117,7 @@ export_job production_job() {
   export_job job;
   job.name = "prod";
   job.outputs = {"refined.txt"};
+  job.writes_last = true;
   job.reports = {"tmp/Prod_QA_Measures.txt"};
   job.run = [] {
     const std::array<const char*, 2> pictures = {"fixture_1.png", "fixture_2.png"};

@@ -13,6 +13,7 @@ struct export_job {
   std::vector<std::string> outputs;    // what the call is for
   std::vector<std::string> reports;    // what may be lost without a word
   bool loses_output_silently = false;  // the overlay's, whose writing nobody tests
+  bool writes_last = false;            // and so no output beside a failure
   bool prints_on_success = false;      // and so can tell of an input that was left out
 };
 

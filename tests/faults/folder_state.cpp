@@ -66,6 +66,9 @@ std::string folder_problem(const export_job& job, const good_run& good, int code
     const bool untouched = bytes == older;
     const bool excused = job.loses_output_silently;
     if (!bytes) ++lost;
+    if (code != OCPAN_SUCCESS && job.writes_last && bytes && !untouched) {
+      problem += name + " is written beside a failure; ";
+    }
     if (code == OCPAN_SUCCESS && !whole && !excused) problem += name + " isn't written; ";
     if (bytes && !whole && !untouched && !excused) {
       problem += name + " is left with " + std::to_string(bytes->size()) + " bytes; ";
