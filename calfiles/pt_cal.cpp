@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include <Eigen/LU>
 
 #include "calfiles/polynomial_roots.h"
+#include "calfiles/truncated.h"
 #include "model/resize.h"
 #include "src/console.h"
 #include "src/result_codes.h"
@@ -33,13 +33,6 @@ struct pt_scales {
 };
 
 double length(double x, double y) { return std::sqrt(x * x + y * y); }
-
-// Truncates towards zero; clamped to an int, and 0 for not-a-number.
-int truncated(double x) {
-  constexpr double most = std::numeric_limits<int>::max();
-  if (std::isnan(x)) return 0;
-  return static_cast<int>(std::clamp(x, -most, most));
-}
 
 // Turns directions into the camera and onto the equidistant plane.
 //

@@ -1,8 +1,5 @@
 #include "calfiles/selen360_cal_file.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <locale>
 #include <optional>
 #include <sstream>
@@ -10,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "calfiles/truncated.h"
 #include "model/projection.h"
 #include "model/resize.h"
 #include "platform/text_file.h"
@@ -21,12 +19,6 @@ namespace {
 
 constexpr double model_units_per_radius = 1000.0;
 constexpr std::string_view blanks = " \t\v\f\r\n";
-
-int truncated(float value) {
-  constexpr double low = std::numeric_limits<int>::min();
-  constexpr double high = std::numeric_limits<int>::max();
-  return std::isnan(value) ? 0 : static_cast<int>(std::clamp<double>(value, low, high));
-}
 
 std::optional<parameter_name> parameter_of(std::string_view text) {
   for (int key = 0; key < parameter_count; ++key) {

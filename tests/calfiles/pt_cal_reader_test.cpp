@@ -1,4 +1,5 @@
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -252,14 +253,16 @@ TEST(PtCal, AppendsTheImagesOfAnotherFile) {
 
 TEST(PtCal, TruncatesItsSizes) {
   const temp_folder folder;
-  write_file(folder.file("rig.pts"), "i w100.9 h50.2\ni w-1.5 h1e300\n");
+  write_file(folder.file("rig.pts"), "i w100.9 h50.2\ni w-1.5 h1e300\ni w-1e300 h1e-300\n");
   pt_cal calibration;
   ASSERT_EQ(calibration.load(folder.file("rig.pts").c_str()), 0);
-  EXPECT_EQ(calibration.cam_count(), 2u);
+  EXPECT_EQ(calibration.cam_count(), 3u);
   EXPECT_EQ(calibration.cam_width(0), 100);
   EXPECT_EQ(calibration.cam_height(0), 50);
   EXPECT_EQ(calibration.cam_width(1), -1);
   EXPECT_EQ(calibration.cam_height(1), 2147483647);
+  EXPECT_EQ(calibration.cam_width(2), std::numeric_limits<int>::min());
+  EXPECT_EQ(calibration.cam_height(2), 0);
 }
 
 TEST(PtCal, KnowsNeitherLensNorFieldOfView) {
