@@ -15,6 +15,11 @@
 #include "tests/support/captured_output.h"
 #include "tests/support/temp_folder.h"
 
+// Where g++ inlines one of a pair of operators and not the other it takes them for strangers.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+
 namespace {
 
 void* array_memory(std::size_t size) noexcept {
