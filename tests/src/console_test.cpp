@@ -24,13 +24,16 @@ std::atomic<std::size_t> largest_block = std::numeric_limits<std::size_t>::max()
 
 }  // namespace
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return size <= largest_block ? std::malloc(size > 0 ? size : 1) : nullptr;
+}
 void* operator new(std::size_t size) {
-  void* const memory = size <= largest_block ? std::malloc(size > 0 ? size : 1) : nullptr;
-  if (!memory) throw std::bad_alloc();
-  return memory;
+  if (void* memory = operator new(size, std::nothrow)) return memory;
+  throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
 namespace ocpan {
 namespace {
