@@ -8,8 +8,8 @@
 #include "calfiles/pt_cal.h"
 #include "calfiles/selen360_cal_file.h"
 #include "src/result_codes.h"
-#include "tests/calfiles/comma_locale.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/comma_locale.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan {

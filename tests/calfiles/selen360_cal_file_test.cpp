@@ -8,9 +8,9 @@
 #include <gtest/gtest.h>
 
 #include "src/result_codes.h"
-#include "tests/calfiles/comma_locale.h"
 #include "tests/calfiles/wide_lens.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/comma_locale.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan {

@@ -7,11 +7,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/comma_locale.h"
 #include "tests/support/temp_folder.h"
 
 namespace ocpan {
 namespace {
 
+using testing::comma_locale;
 using testing::read_file;
 using testing::read_text;
 using testing::temp_folder;
@@ -26,21 +28,6 @@ strings lines_of(const std::string& text) {
   while (read_text_line(in, line)) lines.push_back(line);
   return lines;
 }
-
-// A process-wide locale with a decimal comma while the object lives.
-class comma_locale {
- public:
-  comma_locale() : before_(std::locale::global(std::locale(std::locale::classic(), new comma))) {}
-  ~comma_locale() { std::locale::global(before_); }
-  comma_locale(const comma_locale&) = delete;
-  comma_locale& operator=(const comma_locale&) = delete;
-
- private:
-  struct comma : std::numpunct<char> {
-    char do_decimal_point() const override { return ','; }
-  };
-  std::locale before_;
-};
 
 TEST(ReadTextLine, DropsACarriageReturnAheadOfTheNewline) {
   EXPECT_EQ(lines_of("a\r\nb\n\r\n"), (strings{"a", "b", ""}));
